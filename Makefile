@@ -1,0 +1,53 @@
+# The commands users type. Each configures its CMake preset once and builds
+# incrementally; ccache keeps rebuilds cheap.
+#   make test            every test: Linux default + asan, fuzzing, Windows
+#   make demo            build and run the examples
+#   make bench           build and run the benchmarks
+#   make check-windows   MinGW-w64 x86-64 tests under Wine, x86 link check
+#   make fuzz            run every libFuzzer target for FUZZ_SECONDS each
+
+FUZZ_SECONDS ?= 30
+JOBS ?= $(shell nproc)
+export CCACHE_DIR ?= $(HOME)/.cache/zantor-ccache
+export WINEDEBUG := -all
+export WINEPREFIX ?= $(HOME)/.cache/zantor-wine
+
+.PHONY: all deps test test-linux demo bench check-windows fuzz clean
+
+all: deps
+	@$(MAKE) --no-print-directory build-default
+
+deps:
+	@scripts/install-deps.sh
+
+build/%/build.ninja:
+	cmake --preset $* -Wno-dev >/dev/null
+
+build-%: build/%/build.ninja
+	cmake --build --preset $* -j $(JOBS)
+
+test: deps
+	@$(MAKE) --no-print-directory test-linux
+	@$(MAKE) --no-print-directory fuzz
+	@$(MAKE) --no-print-directory check-windows
+
+test-linux: build-default build-asan
+	ctest --preset default
+	ctest --preset asan
+
+demo: deps build-default
+	@for program in build/default/bin/example-*; do \
+	  echo "== $$(basename $$program)"; $$program || exit 1; echo; done
+
+bench: deps build-default
+	@for program in build/default/bin/bench-*; do \
+	  echo "== $$(basename $$program)"; $$program --benchmark_min_time=0.2 || exit 1; done
+
+fuzz: deps build-fuzz
+	scripts/run-fuzzers.sh build/fuzz/bin $(FUZZ_SECONDS)
+
+check-windows: deps build-windows-x64 build-windows-x86
+	scripts/run-wine-tests.sh build/windows-x64
+
+clean:
+	rm -rf build

@@ -1,0 +1,28 @@
+// MessageHandler: the common base of MessageBuilder and MessageValidator. It
+// owns the byte-order enumeration used by every operation that writes or
+// reads a multi-byte integer.
+#pragma once
+
+#include <ZantorMiddleware/ZantorBase/Export.h>
+
+namespace Zantor {
+
+class ZANTOR_BASE_API MessageHandler
+{
+public:
+    // Byte order of an integer on the wire. Any non-zero value is treated as
+    // big-endian.
+    enum Endian : unsigned char
+    {
+        ENDIAN_LITTLE = 0, // least significant byte first: the machine's order
+        ENDIAN_BIG = 1     // most significant byte first (network order)
+    };
+
+    static constexpr bool IsBigEndian(Endian endian) noexcept { return endian != ENDIAN_LITTLE; }
+
+protected:
+    MessageHandler() noexcept = default;
+    ~MessageHandler() = default;
+};
+
+} // namespace Zantor
