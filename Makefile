@@ -20,6 +20,9 @@ all: deps
 deps:
 	@scripts/install-deps.sh
 
+# Keep the generated build files: make would otherwise delete them as
+# intermediates and every command would configure again.
+.PRECIOUS: build/%/build.ninja
 build/%/build.ninja:
 	cmake --preset $* -Wno-dev >/dev/null
 

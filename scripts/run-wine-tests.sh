@@ -10,7 +10,13 @@ export WINEDLLOVERRIDES="mscoree,mshtml="   # no Mono/Gecko installer prompts
 if [[ ! -f "$WINEPREFIX/system.reg" ]]; then
   echo "creating Wine prefix $WINEPREFIX"
   wineboot --init >/dev/null 2>&1 || true
+  wineserver -w   # wineboot leaves its server running for a while
 fi
-wineserver -p
+# A persistent server; -p fails harmlessly when one is already running.
+wineserver -p 2>/dev/null || true
+# Start Wine's own services (services.exe, rpcss, ...) now, detached from
+# CTest: started by a test, they would inherit its output pipe and CTest
+# would wait for them until the timeout.
+wine cmd /c exit </dev/null >/dev/null 2>&1 || true
 trap 'wineserver -k 2>/dev/null || true' EXIT
-ctest --test-dir "$build_dir" --output-on-failure -j 2 --no-tests=error --timeout 300
+ctest --test-dir "$build_dir" --output-on-failure -j 2 --no-tests=error --timeout 120

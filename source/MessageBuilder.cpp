@@ -1,16 +1,20 @@
 // MessageBuilder: growth, raw byte operations and formatted text.
 #include <ZantorMiddleware/ZantorBase/MessageBuilder.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <cstdio>
-#include <cstdlib>
-#include <memory>
 
 namespace Zantor {
 
 namespace {
 
-// Copies size bytes, last to first when reverse is set. Short copies use a
-// byte loop: for the few bytes of a field that beats a call to memcpy.
+constexpr unsigned kPrintfGrowthRounds = 16;
+constexpr unsigned kPrintfMinimumCapacity = 64;
+
+// Copies size bytes between ranges that do not overlap, last to first when
+// reverse is set. Short copies use a byte loop: for the few bytes of a field
+// that beats a call to memcpy.
 inline void CopyBytes(unsigned char* destination, const unsigned char* source, unsigned size, bool reverse) noexcept
 {
     if (reverse)
@@ -29,39 +33,24 @@ inline void CopyBytes(unsigned char* destination, const unsigned char* source, u
     }
 }
 
-struct FreeDeleter
+// Copies size bytes between ranges that may overlap.
+inline void MoveBytes(unsigned char* destination, const unsigned char* source, unsigned size, bool reverse) noexcept
 {
-    void operator()(void* p) const noexcept { std::free(p); }
-};
-using HeapCopy = std::unique_ptr<unsigned char, FreeDeleter>;
+    std::memmove(destination, source, size);
+    if (reverse)
+        std::reverse(destination, destination + size);
+}
 
-constexpr std::uint64_t kMaxCapacity = 0xFFFFFFFCu; // largest multiple of 4 in 32 bits
-constexpr unsigned kPrintfGrowthRounds = 16;
-constexpr unsigned kPrintfMinimumCapacity = 64;
-
+inline bool Overlaps(const unsigned char* source, unsigned size, const unsigned char* block, std::uint32_t blockSize) noexcept
+{
+    if (block == nullptr || blockSize == 0)
+        return false;
+    const auto s = reinterpret_cast<std::uintptr_t>(source);
+    const auto b = reinterpret_cast<std::uintptr_t>(block);
+    return s < b + blockSize && b < s + size;
+}
 
 } // namespace
-
-MessageBuilder::MessageBuilder() noexcept
-    : MessageBuilder(nullptr, 0, true)
-{
-}
-
-MessageBuilder::MessageBuilder(void* initialBuffer, unsigned initialSize, bool growable) noexcept
-    : growable_(growable),
-      initialBuffer_(static_cast<unsigned char*>(initialBuffer)),
-      initialSize_(initialBuffer != nullptr ? initialSize : 0),
-      buffer_(initialBuffer_),
-      capacity_(initialSize_),
-      length_(0)
-{
-}
-
-MessageBuilder::~MessageBuilder()
-{
-    if (buffer_ != initialBuffer_)
-        std::free(buffer_);
-}
 
 StatusCode MessageBuilder::AdjustBufferSize(unsigned size)
 {
@@ -92,8 +81,8 @@ StatusCode MessageBuilder::AdjustBufferSize(unsigned size)
 
     if (buffer_ != initialBuffer_)
     {
-        if (length_ != 0)
-            std::memcpy(initialBuffer_, buffer_, length_);
+        if (size != 0)
+            std::memcpy(initialBuffer_, buffer_, size);
         std::free(buffer_);
         buffer_ = initialBuffer_;
     }
@@ -101,49 +90,66 @@ StatusCode MessageBuilder::AdjustBufferSize(unsigned size)
     return STATUS_CODE_SUCCESS;
 }
 
-StatusCode MessageBuilder::MaybeAdjustBufferSize(unsigned extra)
+StatusCode MessageBuilder::GrowthTarget(unsigned extra, unsigned& target) const noexcept
 {
     if (!growable_)
         return STATUS_CODE_BUFFER_OVERFLOW;
 
     const std::uint64_t needed = std::uint64_t{length_} + extra;
     if (needed <= initialSize_)
-        return AdjustBufferSize(initialSize_);
-
-    std::uint64_t target = std::uint64_t{capacity_} + capacity_ / 2;
-    if (target < needed)
-        target = needed;
-    target = (target + 3) & ~std::uint64_t{3};
-    if (target > kMaxCapacity)
     {
-        // Growth by half again would pass 4 GiB: settle for what is needed.
-        if (needed > kMaxCapacity)
-            return STATUS_CODE_HEAP_EMPTY;
-        target = kMaxCapacity;
+        target = initialSize_;
+        return STATUS_CODE_SUCCESS;
     }
-    return AdjustBufferSize(static_cast<unsigned>(target));
+    if (needed > MAX_CAPACITY)
+        return STATUS_CODE_HEAP_EMPTY; // the message cannot pass 4 GiB
+    std::uint64_t size = std::uint64_t{capacity_} + capacity_ / 2;
+    if (size < needed)
+        size = needed;
+    size = (size + 3) & ~std::uint64_t{3};
+    target = static_cast<unsigned>(std::min<std::uint64_t>(size, MAX_CAPACITY));
+    return STATUS_CODE_SUCCESS;
+}
+
+StatusCode MessageBuilder::MaybeAdjustBufferSize(unsigned extra)
+{
+    unsigned target = 0;
+    const StatusCode status = GrowthTarget(extra, target);
+    if (status != STATUS_CODE_SUCCESS)
+        return status;
+    return AdjustBufferSize(target);
+}
+
+// Makes the storage hold end bytes. The caller's source may lie in this
+// builder's own storage (to duplicate a field, for example): when growth
+// reallocates a heap block, source is moved along with it. aliased tells
+// whether source overlaps the storage afterwards, in which case the caller
+// must copy with overlap in mind. Nothing is allocated for aliasing.
+StatusCode MessageBuilder::MakeRoom(std::uint64_t end, const unsigned char*& source, unsigned size, bool& aliased)
+{
+    aliased = Overlaps(source, size, buffer_, capacity_);
+    if (end <= capacity_)
+        return STATUS_CODE_SUCCESS;
+
+    const auto start = reinterpret_cast<std::uintptr_t>(source);
+    const auto block = reinterpret_cast<std::uintptr_t>(buffer_);
+    // The initial buffer stays intact when the builder moves to the heap, so
+    // only a source inside a heap block needs to follow it.
+    const bool follow = aliased && buffer_ != initialBuffer_ && start >= block;
+    const std::uintptr_t offset = follow ? start - block : 0;
+
+    const StatusCode status = MaybeAdjustBufferSize(static_cast<unsigned>(end - length_));
+    if (status != STATUS_CODE_SUCCESS)
+        return status;
+    if (follow)
+        source = buffer_ + offset;
+    aliased = Overlaps(source, size, buffer_, capacity_);
+    return STATUS_CODE_SUCCESS;
 }
 
 StatusCode MessageBuilder::AppendBuffer(const void* data, unsigned size, bool reverse)
 {
     return InsertBuffer(length_, data, size, reverse);
-}
-
-// The caller may pass bytes of this very message (to duplicate a field, for
-// example). Growth can move the storage and insertion shifts it, so such a
-// source is copied aside first. This is the rare path; the common one
-// allocates nothing.
-StatusCode MessageBuilder::SecureSource(const unsigned char*& source, unsigned size, void*& aside) const
-{
-    aside = nullptr;
-    if (buffer_ == nullptr || source >= buffer_ + capacity_ || source + size <= buffer_)
-        return STATUS_CODE_SUCCESS;
-    aside = std::malloc(size);
-    if (aside == nullptr)
-        return STATUS_CODE_HEAP_EMPTY;
-    std::memcpy(aside, source, size);
-    source = static_cast<const unsigned char*>(aside);
-    return STATUS_CODE_SUCCESS;
 }
 
 StatusCode MessageBuilder::InsertBuffer(unsigned position, const void* data, unsigned size, bool reverse)
@@ -154,22 +160,26 @@ StatusCode MessageBuilder::InsertBuffer(unsigned position, const void* data, uns
         return STATUS_CODE_SUCCESS;
 
     auto source = static_cast<const unsigned char*>(data);
-    void* aside;
-    StatusCode status = SecureSource(source, size, aside);
-    HeapCopy asideOwner(static_cast<unsigned char*>(aside));
+    bool aliased = false;
+    const StatusCode status = MakeRoom(std::uint64_t{length_} + size, source, size, aliased);
     if (status != STATUS_CODE_SUCCESS)
         return status;
-    if (size > capacity_ - length_)
-    {
-        status = MaybeAdjustBufferSize(size);
-        if (status != STATUS_CODE_SUCCESS)
-            return status;
-    }
 
     unsigned char* target = buffer_ + position;
-    if (position != length_)
-        std::memmove(target + size, target, length_ - position);
-    CopyBytes(target, source, size, reverse);
+    if (!aliased)
+    {
+        if (position != length_)
+            std::memmove(target + size, target, length_ - position);
+        CopyBytes(target, source, size, reverse);
+    }
+    else
+    {
+        // The source is part of this storage and may be shifted by the
+        // insertion: append the bytes, then rotate them into place.
+        unsigned char* end = buffer_ + length_;
+        MoveBytes(end, source, size, reverse);
+        std::rotate(target, end, end + size);
+    }
     length_ += size;
     return STATUS_CODE_SUCCESS;
 }
@@ -182,26 +192,18 @@ StatusCode MessageBuilder::OverwriteBuffer(unsigned position, const void* data, 
         return STATUS_CODE_SUCCESS;
 
     auto source = static_cast<const unsigned char*>(data);
-    void* aside;
-    StatusCode status = SecureSource(source, size, aside);
-    HeapCopy asideOwner(static_cast<unsigned char*>(aside));
+    bool aliased = false;
+    const std::uint64_t end = std::uint64_t{position} + size;
+    const StatusCode status = MakeRoom(end, source, size, aliased);
     if (status != STATUS_CODE_SUCCESS)
         return status;
 
-    const std::uint64_t end = std::uint64_t{position} + size;
+    if (aliased)
+        MoveBytes(buffer_ + position, source, size, reverse);
+    else
+        CopyBytes(buffer_ + position, source, size, reverse);
     if (end > length_)
-    {
-        if (end > capacity_)
-        {
-            if (end > kMaxCapacity)
-                return STATUS_CODE_HEAP_EMPTY;
-            status = MaybeAdjustBufferSize(static_cast<unsigned>(end - length_));
-            if (status != STATUS_CODE_SUCCESS)
-                return status;
-        }
         length_ = static_cast<std::uint32_t>(end);
-    }
-    CopyBytes(buffer_ + position, source, size, reverse);
     return STATUS_CODE_SUCCESS;
 }
 
@@ -216,6 +218,85 @@ StatusCode MessageBuilder::EraseBuffer(unsigned position, unsigned size)
     return STATUS_CODE_SUCCESS;
 }
 
+// Grows to size bytes (more than the capacity) for formatted text. The
+// arguments of the text may point into the heap block the builder had when
+// the call began (entryBlock), so that block is not reallocated in place but
+// replaced by a copy and handed back in retired, to be freed once the text
+// is written.
+StatusCode MessageBuilder::GrowKeepingBlock(unsigned size, const unsigned char* entryBlock, unsigned char*& retired)
+{
+    if (buffer_ != entryBlock || buffer_ == initialBuffer_)
+        return AdjustBufferSize(size);
+    auto block = static_cast<unsigned char*>(std::malloc(size));
+    if (block == nullptr)
+        return STATUS_CODE_HEAP_EMPTY;
+    std::memcpy(block, buffer_, capacity_);
+    retired = buffer_;
+    buffer_ = block;
+    capacity_ = size;
+    return STATUS_CODE_SUCCESS;
+}
+
+StatusCode MessageBuilder::FormatText(const char* format, va_list args, const unsigned char* entryBlock, unsigned char*& retired)
+{
+    if (format == nullptr)
+        return STATUS_CODE_INVALID_PARAMETER;
+
+    for (unsigned growthRounds = 0;; ++growthRounds)
+    {
+        const unsigned freeBytes = capacity_ - length_;
+        if (freeBytes != 0)
+        {
+            char* target = reinterpret_cast<char*>(buffer_ + length_);
+            va_list attempt;
+            va_copy(attempt, args);
+            errno = 0;
+            const int written = std::vsnprintf(target, freeBytes, format, attempt);
+            const int error = errno;
+            va_end(attempt);
+            target[freeBytes - 1] = '\0';
+            if (written >= 0 && static_cast<unsigned>(written) < freeBytes - 1)
+            {
+                length_ += static_cast<unsigned>(written);
+                return STATUS_CODE_SUCCESS;
+            }
+            if (written < 0)
+            {
+#ifdef EOVERFLOW
+                if (error == EOVERFLOW) // longer than the formatter can count
+                    return STATUS_CODE_BUFFER_OVERFLOW;
+#endif
+                (void)error;
+                return STATUS_CODE_INVALID_FORMAT;
+            }
+        }
+        if (growthRounds == kPrintfGrowthRounds)
+            return STATUS_CODE_BUFFER_OVERFLOW;
+
+        std::uint64_t size = std::uint64_t{capacity_} + capacity_ / 2;
+        if (size < kPrintfMinimumCapacity + 1)
+            size = kPrintfMinimumCapacity;
+        if (size > MAX_CAPACITY)
+        {
+            if (capacity_ >= MAX_CAPACITY)
+                return STATUS_CODE_BUFFER_OVERFLOW;
+            size = MAX_CAPACITY;
+        }
+        // Formatted text grows the builder whether it is growable or not.
+        const StatusCode status = GrowKeepingBlock(static_cast<unsigned>(size), entryBlock, retired);
+        if (status != STATUS_CODE_SUCCESS)
+            return status;
+    }
+}
+
+StatusCode MessageBuilder::AppendVprintf(const char* format, va_list args)
+{
+    unsigned char* retired = nullptr;
+    const StatusCode status = FormatText(format, args, buffer_, retired);
+    std::free(retired);
+    return status;
+}
+
 StatusCode MessageBuilder::AppendPrintf(const char* format, ...)
 {
     va_list args;
@@ -225,52 +306,35 @@ StatusCode MessageBuilder::AppendPrintf(const char* format, ...)
     return status;
 }
 
-StatusCode MessageBuilder::AppendVprintf(const char* format, va_list args)
-{
-    for (unsigned growthRounds = 0;; ++growthRounds)
-    {
-        const unsigned freeBytes = capacity_ - length_;
-        if (freeBytes != 0)
-        {
-            char* target = reinterpret_cast<char*>(buffer_ + length_);
-            va_list attempt;
-            va_copy(attempt, args);
-            const int written = std::vsnprintf(target, freeBytes, format, attempt);
-            va_end(attempt);
-            target[freeBytes - 1] = '\0';
-            if (written >= 0 && static_cast<unsigned>(written) < freeBytes - 1)
-            {
-                length_ += static_cast<unsigned>(written);
-                return STATUS_CODE_SUCCESS;
-            }
-            if (written < 0)
-                return STATUS_CODE_INVALID_FORMAT; // the format itself is bad
-        }
-        if (growthRounds == kPrintfGrowthRounds)
-            return STATUS_CODE_BUFFER_OVERFLOW;
-
-        std::uint64_t target = std::uint64_t{capacity_} + capacity_ / 2;
-        if (target < kPrintfMinimumCapacity + 1)
-            target = kPrintfMinimumCapacity;
-        if (target > kMaxCapacity)
-            return STATUS_CODE_BUFFER_OVERFLOW;
-        // Formatted text grows the builder whether it is growable or not.
-        if (AdjustBufferSize(static_cast<unsigned>(target)) != STATUS_CODE_SUCCESS)
-            return STATUS_CODE_HEAP_EMPTY;
-    }
-}
-
 StatusCode MessageBuilder::AppendPrintfString(const char* format, ...)
 {
+    if (format == nullptr)
+        return STATUS_CODE_INVALID_PARAMETER;
+
+    // The placeholder for the length grows the builder as an append does,
+    // keeping the old block alive for the arguments like the text does.
+    const unsigned char* entryBlock = buffer_;
+    unsigned char* retired = nullptr;
+    StatusCode status = STATUS_CODE_SUCCESS;
+    if (capacity_ - length_ < 2)
+    {
+        unsigned target = 0;
+        status = GrowthTarget(2, target);
+        if (status == STATUS_CODE_SUCCESS)
+            status = GrowKeepingBlock(target, entryBlock, retired);
+        if (status != STATUS_CODE_SUCCESS)
+            return status;
+    }
     const std::uint32_t start = length_;
-    StatusCode status = AppendBuiltIn(std::uint16_t{0});
-    if (status != STATUS_CODE_SUCCESS)
-        return status;
+    buffer_[start] = 0;
+    buffer_[start + 1] = 0;
+    length_ += 2;
 
     va_list args;
     va_start(args, format);
-    status = AppendVprintf(format, args);
+    status = FormatText(format, args, entryBlock, retired);
     va_end(args);
+    std::free(retired);
     if (status != STATUS_CODE_SUCCESS)
         return status;
 

@@ -2,16 +2,18 @@
 // with. It appends, inserts, overwrites and erases raw bytes and integers of
 // 1, 2, 4 and 8 bytes at any position, in either byte order.
 //
-// Storage: the builder starts in a caller-supplied initial buffer (which it
-// never frees; it may be null with size 0). A growable builder moves to a
+// Storage: the builder starts in a caller-supplied initial buffer, which it
+// never frees (it may be null with size 0). A growable builder moves to a
 // heap block it owns when the initial buffer is full, growing by half again
 // (rounded up to a multiple of 4), and frees that block when it is destroyed
-// or shrinks back. A builder that is not growable answers
-// STATUS_CODE_BUFFER_OVERFLOW instead.
+// or returns to the initial buffer. A builder that is not growable answers
+// STATUS_CODE_BUFFER_OVERFLOW instead. A message is limited to 0xFFFFFFFC
+// bytes; asking for more is treated as a failed allocation.
 //
 // Contracts: every operation returns a StatusCode. On failure nothing
-// changes (length, bytes and storage), except where an operation says so
-// (AppendPrintf, AppendPrintfString).
+// changes (length, bytes and storage) unless the operation says otherwise
+// (AppendPrintf, AppendPrintfString). Data passed in may lie inside this
+// builder's own storage (to duplicate a field, for example).
 //
 // Thread safety: a builder belongs to one thread at a time.
 //
@@ -26,6 +28,7 @@
 
 #include <cstdarg>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <string_view>
 #include <type_traits>
@@ -35,13 +38,32 @@ namespace Zantor {
 class ZANTOR_BASE_API MessageBuilder : public MessageHandler
 {
 public:
+    // Largest capacity (and so length) a builder can reach.
+    static constexpr std::uint32_t MAX_CAPACITY = 0xFFFFFFFCu;
+
     // An empty growable builder with no initial buffer: the first write
     // allocates.
-    MessageBuilder() noexcept;
+    MessageBuilder() noexcept
+        : MessageBuilder(nullptr, 0, true)
+    {
+    }
     // A builder over the caller's initialBuffer of initialSize bytes. The
-    // buffer must outlive the builder; the builder never frees it.
-    MessageBuilder(void* initialBuffer, unsigned initialSize, bool growable = true) noexcept;
-    ~MessageBuilder();
+    // buffer must outlive the builder; the builder never frees it. A null
+    // initialBuffer counts as size 0.
+    MessageBuilder(void* initialBuffer, unsigned initialSize, bool growable = true) noexcept
+        : growable_(growable),
+          initialBuffer_(static_cast<unsigned char*>(initialBuffer)),
+          initialSize_(initialBuffer != nullptr ? initialSize : 0),
+          buffer_(initialBuffer_),
+          capacity_(initialSize_),
+          length_(0)
+    {
+    }
+    ~MessageBuilder()
+    {
+        if (buffer_ != initialBuffer_)
+            std::free(buffer_);
+    }
 
     MessageBuilder(const MessageBuilder&) = delete;
     MessageBuilder& operator=(const MessageBuilder&) = delete;
@@ -59,31 +81,44 @@ public:
     // Forgets the message (length 0) and keeps the storage.
     void Reset() noexcept { length_ = 0; }
 
-    // Raw bytes. data may point into this builder's own message. A null data
-    // with a non-zero size gives STATUS_CODE_INVALID_PARAMETER. With reverse set the bytes are stored last to first, which
-    // is how a multi-byte value is written big-endian.
-    // Insert and Overwrite fail with STATUS_CODE_INVALID_PARAMETER when
-    // position > GetLength(); Overwrite may extend the message past its end
-    // but never leaves a gap. Erase fails with STATUS_CODE_INVALID_PARAMETER
-    // when position + size > GetLength().
+    // Raw bytes. With reverse set the bytes are stored last to first, which
+    // is how a multi-byte value is written big-endian. A size of 0 succeeds
+    // and changes nothing; a null data with a non-zero size gives
+    // STATUS_CODE_INVALID_PARAMETER.
+    // Append: adds size bytes at the end. STATUS_CODE_BUFFER_OVERFLOW when
+    // more room is needed and the builder is not growable,
+    // STATUS_CODE_HEAP_EMPTY when growing fails. Nothing changes on failure.
     StatusCode AppendBuffer(const void* data, unsigned size, bool reverse = false);
+    // Insert: moves the bytes from position on up by size and stores the
+    // data at position; position == GetLength() appends. Fails with
+    // STATUS_CODE_INVALID_PARAMETER when position > GetLength(), else as
+    // Append. Nothing changes on failure.
     StatusCode InsertBuffer(unsigned position, const void* data, unsigned size, bool reverse = false);
+    // Overwrite: stores the data at position, extending the message when it
+    // reaches past the end (never leaving a gap). Fails with
+    // STATUS_CODE_INVALID_PARAMETER when position > GetLength(), else as
+    // Append for the extension. Nothing changes on failure.
     StatusCode OverwriteBuffer(unsigned position, const void* data, unsigned size, bool reverse = false);
+    // Erase: removes size bytes at position, moving the tail down. Fails
+    // with STATUS_CODE_INVALID_PARAMETER when position + size > GetLength();
+    // nothing changes on failure.
     StatusCode EraseBuffer(unsigned position, unsigned size);
 
-    // Built-in integers of 1, 2, 4 or 8 bytes in the machine's order
-    // (little-endian on every platform the library serves).
+    // Built-in integers (or enumerations) of 1, 2, 4 or 8 bytes in the
+    // machine's order, little-endian on every platform the library serves.
+    // Statuses as for the raw byte operations; nothing changes on failure.
     template <typename T>
     StatusCode AppendBuiltIn(T value)
     {
         static_assert(IsBuiltInWidth<T>(), "1-, 2-, 4- or 8-byte integer required");
-        if (sizeof(T) <= capacity_ - length_) [[likely]]
+        const std::uint32_t length = length_;
+        if (sizeof(T) <= capacity_ - length) [[likely]]
         {
-            std::memcpy(buffer_ + length_, &value, sizeof(T));
-            length_ += sizeof(T);
+            std::memcpy(buffer_ + length, &value, sizeof(T));
+            length_ = length + static_cast<std::uint32_t>(sizeof(T));
             return STATUS_CODE_SUCCESS;
         }
-        return AppendBuffer(&value, sizeof(T), false);
+        return AppendSlow(value);
     }
     template <typename T>
     StatusCode InsertBuiltIn(unsigned position, T value)
@@ -95,18 +130,20 @@ public:
     StatusCode OverwriteBuiltIn(unsigned position, T value)
     {
         static_assert(IsBuiltInWidth<T>(), "1-, 2-, 4- or 8-byte integer required");
-        if (position <= length_ && sizeof(T) <= length_ - position)
+        if (position <= length_ && sizeof(T) <= length_ - position) [[likely]]
         {
             std::memcpy(buffer_ + position, &value, sizeof(T));
             return STATUS_CODE_SUCCESS;
         }
-        return OverwriteBuffer(position, &value, sizeof(T), false);
+        return OverwriteSlow(position, value);
     }
 
     // Integers with an explicit byte order. ENDIAN_LITTLE stores the value
-    // as it is; ENDIAN_BIG (any non-zero value) stores it byte-reversed.
-    StatusCode AppendUInt8(std::uint8_t value) { return AppendBuiltIn(value); }
-    StatusCode AppendInt8(std::int8_t value) { return AppendBuiltIn(value); }
+    // as it is; ENDIAN_BIG (any non-zero value) stores it byte-reversed. The
+    // byte order of the 1-byte forms is accepted for uniformity and has no
+    // effect. Statuses as for the raw byte operations.
+    StatusCode AppendUInt8(std::uint8_t value, Endian = ENDIAN_LITTLE) { return AppendBuiltIn(value); }
+    StatusCode AppendInt8(std::int8_t value, Endian = ENDIAN_LITTLE) { return AppendBuiltIn(value); }
     StatusCode AppendUInt16(std::uint16_t value, Endian endian) { return AppendBuiltIn(ToOrder(value, endian)); }
     StatusCode AppendInt16(std::int16_t value, Endian endian) { return AppendBuiltIn(ToOrder(value, endian)); }
     StatusCode AppendUInt32(std::uint32_t value, Endian endian) { return AppendBuiltIn(ToOrder(value, endian)); }
@@ -114,8 +151,8 @@ public:
     StatusCode AppendUInt64(std::uint64_t value, Endian endian) { return AppendBuiltIn(ToOrder(value, endian)); }
     StatusCode AppendInt64(std::int64_t value, Endian endian) { return AppendBuiltIn(ToOrder(value, endian)); }
 
-    StatusCode InsertUInt8(unsigned position, std::uint8_t value) { return InsertBuiltIn(position, value); }
-    StatusCode InsertInt8(unsigned position, std::int8_t value) { return InsertBuiltIn(position, value); }
+    StatusCode InsertUInt8(unsigned position, std::uint8_t value, Endian = ENDIAN_LITTLE) { return InsertBuiltIn(position, value); }
+    StatusCode InsertInt8(unsigned position, std::int8_t value, Endian = ENDIAN_LITTLE) { return InsertBuiltIn(position, value); }
     StatusCode InsertUInt16(unsigned position, std::uint16_t value, Endian endian) { return InsertBuiltIn(position, ToOrder(value, endian)); }
     StatusCode InsertInt16(unsigned position, std::int16_t value, Endian endian) { return InsertBuiltIn(position, ToOrder(value, endian)); }
     StatusCode InsertUInt32(unsigned position, std::uint32_t value, Endian endian) { return InsertBuiltIn(position, ToOrder(value, endian)); }
@@ -123,8 +160,8 @@ public:
     StatusCode InsertUInt64(unsigned position, std::uint64_t value, Endian endian) { return InsertBuiltIn(position, ToOrder(value, endian)); }
     StatusCode InsertInt64(unsigned position, std::int64_t value, Endian endian) { return InsertBuiltIn(position, ToOrder(value, endian)); }
 
-    StatusCode OverwriteUInt8(unsigned position, std::uint8_t value) { return OverwriteBuiltIn(position, value); }
-    StatusCode OverwriteInt8(unsigned position, std::int8_t value) { return OverwriteBuiltIn(position, value); }
+    StatusCode OverwriteUInt8(unsigned position, std::uint8_t value, Endian = ENDIAN_LITTLE) { return OverwriteBuiltIn(position, value); }
+    StatusCode OverwriteInt8(unsigned position, std::int8_t value, Endian = ENDIAN_LITTLE) { return OverwriteBuiltIn(position, value); }
     StatusCode OverwriteUInt16(unsigned position, std::uint16_t value, Endian endian) { return OverwriteBuiltIn(position, ToOrder(value, endian)); }
     StatusCode OverwriteInt16(unsigned position, std::int16_t value, Endian endian) { return OverwriteBuiltIn(position, ToOrder(value, endian)); }
     StatusCode OverwriteUInt32(unsigned position, std::uint32_t value, Endian endian) { return OverwriteBuiltIn(position, ToOrder(value, endian)); }
@@ -132,42 +169,67 @@ public:
     StatusCode OverwriteUInt64(unsigned position, std::uint64_t value, Endian endian) { return OverwriteBuiltIn(position, ToOrder(value, endian)); }
     StatusCode OverwriteInt64(unsigned position, std::int64_t value, Endian endian) { return OverwriteBuiltIn(position, ToOrder(value, endian)); }
 
-    // Byte strings, without terminating zero or length prefix.
-    StatusCode AppendString(std::string_view text) { return AppendBuffer(text.data(), static_cast<unsigned>(text.size())); }
-    StatusCode InsertString(unsigned position, std::string_view text) { return InsertBuffer(position, text.data(), static_cast<unsigned>(text.size())); }
-    StatusCode OverwriteString(unsigned position, std::string_view text) { return OverwriteBuffer(position, text.data(), static_cast<unsigned>(text.size())); }
+    // Byte strings, without terminating zero or length prefix. Statuses as
+    // for the raw byte operations; a text of 4 GiB or more cannot fit and
+    // fails like an allocation (STATUS_CODE_BUFFER_OVERFLOW when not
+    // growable).
+    StatusCode AppendString(std::string_view text) { return InsertString(length_, text); }
+    StatusCode InsertString(unsigned position, std::string_view text)
+    {
+        if (text.size() > 0xFFFFFFFFu && position <= length_)
+            return growable_ ? STATUS_CODE_HEAP_EMPTY : STATUS_CODE_BUFFER_OVERFLOW;
+        return InsertBuffer(position, text.data(), static_cast<unsigned>(text.size()));
+    }
+    StatusCode OverwriteString(unsigned position, std::string_view text)
+    {
+        if (text.size() > 0xFFFFFFFFu && position <= length_)
+            return growable_ ? STATUS_CODE_HEAP_EMPTY : STATUS_CODE_BUFFER_OVERFLOW;
+        return OverwriteBuffer(position, text.data(), static_cast<unsigned>(text.size()));
+    }
 
-    // Appends printf-formatted text without a terminating zero. Formatted
-    // text always grows the builder, growable or not (by half again, at
-    // least to 64 bytes); after 16 growth rounds that still do not fit it
-    // returns STATUS_CODE_BUFFER_OVERFLOW with the storage possibly grown and
-    // the length unchanged; a failed allocation gives STATUS_CODE_HEAP_EMPTY
-    // and a format the runtime rejects STATUS_CODE_INVALID_FORMAT.
+    // Appends printf-formatted text without a terminating zero. The text is
+    // formatted into the free space; when it does not fit the storage grows
+    // by half again (to at least 64 bytes) and the text is formatted again.
+    // Formatted text always grows the builder, growable or not. Returns
+    // STATUS_CODE_BUFFER_OVERFLOW when the text still does not fit after 16
+    // growth rounds (the storage may have grown, the length is unchanged),
+    // STATUS_CODE_HEAP_EMPTY when growing fails and STATUS_CODE_INVALID_FORMAT
+    // when the runtime's formatter reports an error; the length is unchanged
+    // on every failure. Arguments may point into this builder's storage.
     StatusCode AppendPrintf(const char* format, ...) ZANTOR_PRINTF_FORMAT(2, 3);
-    StatusCode AppendVprintf(const char* format, va_list args);
-    // Appends a 16-bit little-endian length followed by the formatted text.
-    // A text over 65535 bytes gives STATUS_CODE_INVALID_PARAMETER. There is
-    // no roll-back: on failure the placeholder (and text) stay in the
-    // message, which the caller is expected to discard.
+    StatusCode AppendVprintf(const char* format, va_list args) ZANTOR_PRINTF_FORMAT(2, 0);
+    // Appends a 16-bit little-endian length followed by the formatted text
+    // (without terminating zero); an empty text gives two zero bytes. The
+    // placeholder for the length grows the builder as Append does, then the
+    // text is added as by AppendPrintf. A text over 65535 bytes gives
+    // STATUS_CODE_INVALID_PARAMETER. There is no roll-back: on a failure
+    // after the placeholder was written, the placeholder (and any text) stay
+    // in the message, which the caller is expected to discard.
     StatusCode AppendPrintfString(const char* format, ...) ZANTOR_PRINTF_FORMAT(2, 3);
 
-    // Makes room for extra more bytes: STATUS_CODE_BUFFER_OVERFLOW when not
-    // growable, else grows to the larger of length + extra and capacity
-    // times 1.5 rounded up to a multiple of 4 (or to the initial size when
-    // that is enough).
-    StatusCode MaybeAdjustBufferSize(unsigned extra);
-    // Sets the storage to size bytes: a heap block above the initial size,
-    // else the initial buffer again (the heap block is freed). Length is not
-    // changed. STATUS_CODE_HEAP_EMPTY when allocation fails, and
-    // STATUS_CODE_INVALID_PARAMETER when size < GetLength(); nothing changes
+    // Makes room for extra more bytes. STATUS_CODE_BUFFER_OVERFLOW when the
+    // builder is not growable. When GetLength() + extra fits the initial
+    // size the storage becomes the initial buffer; otherwise it grows to the
+    // larger of GetLength() + extra and GetCapacity() * 1.5, rounded up to a
+    // multiple of 4 (through AdjustBufferSize). STATUS_CODE_HEAP_EMPTY when
+    // allocation fails or the size would pass MAX_CAPACITY; nothing changes
     // on failure.
+    StatusCode MaybeAdjustBufferSize(unsigned extra);
+    // Sets the storage to size bytes: a heap block when size exceeds the
+    // initial size (the bytes of the current storage are carried over), else
+    // the initial buffer again (the first size bytes are copied back and the
+    // heap block is freed). The length is not changed.
+    // STATUS_CODE_INVALID_PARAMETER when size < GetLength(),
+    // STATUS_CODE_HEAP_EMPTY when allocation fails; nothing changes on
+    // failure.
     StatusCode AdjustBufferSize(unsigned size);
 
 private:
     template <typename T>
     static constexpr bool IsBuiltInWidth()
     {
-        return std::is_integral_v<T> && (sizeof(T) == 1 || sizeof(T) == 2 || sizeof(T) == 4 || sizeof(T) == 8);
+        return (std::is_integral_v<T> || std::is_enum_v<T>)
+            && (sizeof(T) == 1 || sizeof(T) == 2 || sizeof(T) == 4 || sizeof(T) == 8);
     }
 
     template <typename T>
@@ -186,7 +248,24 @@ private:
         return static_cast<T>(bits);
     }
 
-    StatusCode SecureSource(const unsigned char*& source, unsigned size, void*& aside) const;
+    // The rare paths of the inline forms, out of line so that the value
+    // stays in a register on the fast path.
+    template <typename T>
+    [[gnu::noinline, gnu::cold]] StatusCode AppendSlow(T value)
+    {
+        return AppendBuffer(&value, sizeof(T), false);
+    }
+    template <typename T>
+    [[gnu::noinline, gnu::cold]] StatusCode OverwriteSlow(unsigned position, T value)
+    {
+        return OverwriteBuffer(position, &value, sizeof(T), false);
+    }
+
+    StatusCode GrowthTarget(unsigned extra, unsigned& target) const noexcept;
+    StatusCode MakeRoom(std::uint64_t end, const unsigned char*& source, unsigned size, bool& aliased);
+    StatusCode GrowKeepingBlock(unsigned size, const unsigned char* entryBlock, unsigned char*& retired);
+    StatusCode FormatText(const char* format, va_list args, const unsigned char* entryBlock, unsigned char*& retired)
+        ZANTOR_PRINTF_FORMAT(2, 0);
 
     bool growable_;
     unsigned char* initialBuffer_;

@@ -1,0 +1,148 @@
+// The default log and alert printers on Windows: a time-stamped line on the
+// console when the process has one, the Windows event log otherwise.
+#include <ZantorMiddleware/ZantorBase/LogMessage.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include <windows.h>
+
+namespace Zantor {
+
+namespace {
+
+// Reads a string value under HKEY_LOCAL_MACHINE. False when the key or the
+// value is missing, unreadable, not a string or empty.
+bool ReadMachineString(const char* keyName, const char* valueName, std::string& value)
+{
+    HKEY key = nullptr;
+    if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, keyName, 0, KEY_READ, &key) != ERROR_SUCCESS)
+        return false;
+    bool found = false;
+    DWORD type = 0;
+    DWORD size = 0;
+    if (RegQueryValueExA(key, valueName, nullptr, &type, nullptr, &size) == ERROR_SUCCESS
+        && (type == REG_SZ || type == REG_EXPAND_SZ) && size > 0) {
+        std::vector<char> buffer(static_cast<std::size_t>(size) + 1, '\0');
+        DWORD read = size;
+        if (RegQueryValueExA(key, valueName, nullptr, &type, reinterpret_cast<BYTE*>(buffer.data()), &read)
+                == ERROR_SUCCESS
+            && read <= size) {
+            buffer[read] = '\0';
+            value = buffer.data();
+            found = !value.empty();
+        }
+    }
+    RegCloseKey(key);
+    return found;
+}
+
+// The name the event log knows the middleware by: the "EventLogName" value
+// of the shared configuration key, else of the middleware's own key, else
+// "ZANTOR".
+std::string GetEventLogName()
+{
+    std::string name = "ZANTOR";
+    std::string value;
+    if (ReadMachineString("SOFTWARE\\Pellmont\\Common", "EventLogName", value)
+        || ReadMachineString("SOFTWARE\\ZANTOR", "EventLogName", value))
+        name = value;
+    return name;
+}
+
+// The executable's file name without directory and extension.
+std::string GetProgramBaseName()
+{
+    // One spare character keeps a truncated name terminated.
+    char path[MAX_PATH + 1] = {};
+    GetModuleFileNameA(nullptr, path, MAX_PATH);
+    char drive[_MAX_DRIVE];
+    char directory[_MAX_DIR];
+    char baseName[_MAX_FNAME];
+    char extension[_MAX_EXT];
+    _splitpath(path, drive, directory, baseName, extension);
+    return baseName;
+}
+
+// Created once per process; the handle stays registered until the process
+// ends. A null source means messages without a console are dropped.
+struct EventLogState
+{
+    HANDLE source = nullptr;
+    std::string programName;
+};
+
+const EventLogState& GetEventLogState()
+{
+    static const EventLogState state = [] {
+        EventLogState created;
+        const std::string eventLogName = GetEventLogName();
+        created.programName = GetProgramBaseName();
+        const std::string keyName = "SYSTEM\\CurrentControlSet\\Services\\Eventlog\\" + eventLogName;
+        HKEY key = nullptr;
+        DWORD disposition = 0;
+        if (RegCreateKeyExA(HKEY_LOCAL_MACHINE, keyName.c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE,
+                            KEY_ALL_ACCESS, nullptr, &key, &disposition) == ERROR_SUCCESS) {
+            RegCloseKey(key);
+            created.source = RegisterEventSourceA(nullptr, eventLogName.c_str());
+        }
+        return created;
+    }();
+    return state;
+}
+
+bool HasConsole()
+{
+    return GetConsoleWindow() != nullptr;
+}
+
+void PrintLine(std::FILE* stream, const char* message)
+{
+    SYSTEMTIME now;
+    GetLocalTime(&now);
+    std::fprintf(stream, "%02d:%02d:%02d %s\n", static_cast<int>(now.wHour), static_cast<int>(now.wMinute),
+                 static_cast<int>(now.wSecond), message);
+    std::fflush(stream);
+}
+
+void ReportToEventLog(WORD eventType, const char* message)
+{
+    const EventLogState& state = GetEventLogState();
+    if (state.source == nullptr)
+        return;
+    LPCSTR strings[2] = {state.programName.c_str(), message};
+    ReportEventA(state.source, eventType, 0, 0, nullptr, 2, 0, strings, nullptr);
+}
+
+} // namespace
+
+void PrintfLogMessage(unsigned char logType, const char* message)
+{
+    if (message == nullptr)
+        message = "";
+    if (HasConsole()) {
+        PrintLine(logType == LOG_TYPE_ERROR ? stderr : stdout, message);
+        return;
+    }
+    WORD eventType = EVENTLOG_INFORMATION_TYPE;
+    if (logType == LOG_TYPE_WARNING)
+        eventType = EVENTLOG_WARNING_TYPE;
+    else if (logType == LOG_TYPE_ERROR)
+        eventType = EVENTLOG_ERROR_TYPE;
+    ReportToEventLog(eventType, message);
+}
+
+void PrintfAlertMessage(unsigned char, std::uint32_t, const char* message)
+{
+    if (message == nullptr)
+        message = "";
+    if (HasConsole()) {
+        PrintLine(stderr, message);
+        return;
+    }
+    ReportToEventLog(EVENTLOG_ERROR_TYPE, message);
+}
+
+} // namespace Zantor

@@ -1,0 +1,393 @@
+#include <ZantorMiddleware/ZantorBase/Exception.h>
+#include <ZantorMiddleware/ZantorBase/File.h>
+#include <ZantorMiddleware/ZantorBase/StatusCode.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <string>
+
+#if !defined(_WIN32)
+#include <unistd.h>
+#endif
+
+namespace {
+
+using Zantor::File;
+
+#if defined(_WIN32)
+constexpr bool kWindows = true;
+#else
+constexpr bool kWindows = false;
+#endif
+
+struct SplitRow
+{
+    int line;
+    std::string path;
+    std::string directory;
+    std::string fileName;
+};
+
+const std::string kLongDirectory = "C:\\" + std::string(300, 'a');
+
+const SplitRow kSplitRows[] = {
+    // Backslash paths: the same on every platform.
+    {__LINE__, "  C:\\dir\\sub\\name.ext  ", "C:\\dir\\sub", "name.ext"},
+    {__LINE__, "\tC:\\dir\\sub\\name.ext\r\n", "C:\\dir\\sub", "name.ext"},
+    {__LINE__, "name.ext", "", "name.ext"},
+    {__LINE__, "C:\\dir\\..", "C:\\dir\\..", ""},
+    {__LINE__, "C:\\dir\\.", "C:\\dir\\.", ""},
+    {__LINE__, " C:\\dir\\.. ", "C:\\dir\\..", ""},
+    {__LINE__, "", "", ""},
+    {__LINE__, "   ", "", ""},
+    {__LINE__, " \t\r\n", "", ""},
+    {__LINE__, ".", ".", ""},
+    {__LINE__, "..", "..", ""},
+    {__LINE__, " .. ", "..", ""},
+    {__LINE__, "...", "", "..."},
+    {__LINE__, "C:\\a\\b.txt", "C:\\a", "b.txt"},
+    {__LINE__, "C:\\b.txt", "C:\\", "b.txt"},
+    {__LINE__, "C:b.txt", "C:", "b.txt"},
+    {__LINE__, "C:", "C:", ""},
+    {__LINE__, "C:\\", "C:\\", ""},
+    {__LINE__, "C:\\dir\\", "C:\\dir", ""},
+    {__LINE__, "C:\\dir\\\\f", "C:\\dir\\", "f"},
+    {__LINE__, "\\f.x", "\\", "f.x"},
+    {__LINE__, "\\", "\\", ""},
+    {__LINE__, "\\\\server\\share\\f.x", "\\\\server\\share", "f.x"},
+    {__LINE__, "dir\\name", "dir", "name"},
+    {__LINE__, "a.b.c", "", "a.b.c"},
+    {__LINE__, "dir.d\\name", "dir.d", "name"},
+    {__LINE__, ".hidden", "", ".hidden"},
+    {__LINE__, "dir\\.hidden", "dir", ".hidden"},
+    {__LINE__, "name.", "", "name."},
+    {__LINE__, "a/b\\c.d", "a/b", "c.d"},
+    {__LINE__, "/x.so", "/", "x.so"},
+    {__LINE__, "/", "/", ""},
+    {__LINE__, kLongDirectory + "\\f.txt", kLongDirectory, "f.txt"},
+    {__LINE__, kLongDirectory + "\\" + std::string(300, 'n') + ".e", kLongDirectory, std::string(300, 'n') + ".e"},
+    // A trailing slash stays on Windows and goes on Linux.
+    {__LINE__, "C:/a/b.txt", kWindows ? "C:/a/" : "C:/a", "b.txt"},
+    {__LINE__, "/usr/lib/x.so", kWindows ? "/usr/lib/" : "/usr/lib", "x.so"},
+    {__LINE__, "a\\b/c.d", kWindows ? "a\\b/" : "a\\b", "c.d"},
+    {__LINE__, " ./run.sh ", kWindows ? "./" : ".", "run.sh"},
+    {__LINE__, "../up", kWindows ? "../" : "..", "up"},
+    {__LINE__, "/usr/..", "/usr/..", ""},
+};
+
+TEST(FileSplitPath, Table)
+{
+    for (const SplitRow& row : kSplitRows) {
+        std::string directory = "stale";
+        std::string fileName = "stale";
+        File::SplitPath(row.path, directory, fileName);
+        EXPECT_EQ(directory, row.directory) << "row at line " << row.line;
+        EXPECT_EQ(fileName, row.fileName) << "row at line " << row.line;
+    }
+}
+
+TEST(FileSplitPath, OutputsMayAliasNothingAndAreOverwritten)
+{
+    std::string directory = "old directory";
+    std::string fileName = "old name";
+    File::SplitPath("  ", directory, fileName);
+    EXPECT_TRUE(directory.empty());
+    EXPECT_TRUE(fileName.empty());
+    File::SplitPath("..", directory, fileName);
+    EXPECT_EQ(directory, "..");
+    EXPECT_TRUE(fileName.empty());
+}
+
+struct BoolRow
+{
+    int line;
+    std::string path;
+    bool expected;
+};
+
+TEST(FileIsFileNameOnly, Table)
+{
+    const BoolRow rows[] = {
+        {__LINE__, "name.ext", true},
+        {__LINE__, "name", true},
+        {__LINE__, "a.b.c", true},
+        {__LINE__, "", true},
+        {__LINE__, " name.ext", false},
+        {__LINE__, "name.ext ", false},
+        {__LINE__, ".", false},
+        {__LINE__, "..", false},
+        {__LINE__, "C:x", false},
+        {__LINE__, "dir\\x", false},
+        {__LINE__, "dir/x", false},
+        {__LINE__, "\\x", false},
+    };
+    for (const BoolRow& row : rows)
+        EXPECT_EQ(File::IsFileNameOnly(row.path), row.expected) << "row at line " << row.line;
+}
+
+TEST(FileIsAbsolutePath, Table)
+{
+    const BoolRow rows[] = {
+        {__LINE__, "", false},
+        {__LINE__, "\\share", true},
+        {__LINE__, "\\", true},
+        {__LINE__, "\\\\server\\share", true},
+        {__LINE__, "d:", true},
+        {__LINE__, "d:x", true},
+        {__LINE__, "C:\\x", true},
+        {__LINE__, "d", false},
+        {__LINE__, ".", false},
+        {__LINE__, "..", false},
+        {__LINE__, "ab", false},
+        {__LINE__, "dir\\x", false},
+        {__LINE__, "x/y", false},
+        {__LINE__, " /usr", false},
+        {__LINE__, "/usr", !kWindows},
+        {__LINE__, "/", !kWindows},
+        {__LINE__, "//server/share", !kWindows},
+    };
+    for (const BoolRow& row : rows)
+        EXPECT_EQ(File::IsAbsolutePath(row.path), row.expected) << "row at line " << row.line;
+}
+
+struct MakePathRow
+{
+    int line;
+    std::string directory;
+    std::string name;
+    std::string expected;
+};
+
+TEST(FileMakePath, Table)
+{
+    const std::string sep(1, File::GetDirectorySeparator());
+    const MakePathRow rows[] = {
+        {__LINE__, "C:", "x", "C:x"},
+        {__LINE__, "c:", "", "c:"},
+        {__LINE__, "C:\\d\\", "x", "C:\\d\\x"},
+        {__LINE__, "C:\\", "x", "C:\\x"},
+        {__LINE__, "", "x", "x"},
+        {__LINE__, "", "", ""},
+        {__LINE__, "C:\\d", "x", "C:\\d" + sep + "x"},
+        {__LINE__, "d", "", "d" + sep},
+        {__LINE__, "ab", "x", "ab" + sep + "x"},
+        {__LINE__, ":x", "y", ":x" + sep + "y"},
+        {__LINE__, "C:x", "y", "C:x" + sep + "y"},
+        {__LINE__, "/usr/", "x", kWindows ? "/usr/\\x" : "/usr/x"},
+        {__LINE__, "/usr", "lib", kWindows ? "/usr\\lib" : "/usr/lib"},
+        {__LINE__, "/", "tmp", kWindows ? "/\\tmp" : "/tmp"},
+    };
+    for (const MakePathRow& row : rows)
+        EXPECT_EQ(File::MakePath(row.directory, row.name), row.expected) << "row at line " << row.line;
+}
+
+TEST(FileMisc, SeparatorEndOfLineAndExpandPath)
+{
+    EXPECT_EQ(File::GetDirectorySeparator(), kWindows ? '\\' : '/');
+    EXPECT_EQ(File::GetEndOfLine(), kWindows ? "\r\n" : "\n");
+    EXPECT_EQ(&File::GetEndOfLine(), &File::GetEndOfLine());
+    EXPECT_EQ(File::ExpandPath("%TEMP%\\x"), "%TEMP%\\x");
+    EXPECT_EQ(File::ExpandPath("$HOME/x"), "$HOME/x");
+    EXPECT_EQ(File::ExpandPath(""), "");
+}
+
+// A fresh directory under the system's temporary directory, removed with
+// its contents at the end of the test.
+class ScratchDirectory
+{
+public:
+    ScratchDirectory()
+    {
+        std::random_device random;
+        path_ = std::filesystem::temp_directory_path() / ("zantor-file-test-" + std::to_string(random()));
+        std::filesystem::create_directories(path_);
+    }
+    ~ScratchDirectory()
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+    ScratchDirectory(const ScratchDirectory&) = delete;
+    ScratchDirectory& operator=(const ScratchDirectory&) = delete;
+
+    const std::filesystem::path& Path() const { return path_; }
+
+private:
+    std::filesystem::path path_;
+};
+
+TEST(FileQueries, IsFoundAndIsDirectory)
+{
+    ScratchDirectory scratch;
+    const std::string directory = scratch.Path().string();
+    const std::string file = (scratch.Path() / "quotes.csv").string();
+    std::ofstream(file) << "EUR,1.0842\n";
+    const std::string missing = (scratch.Path() / "missing.csv").string();
+
+    EXPECT_TRUE(File::IsFound(file));
+    EXPECT_FALSE(File::IsDirectory(file));
+    EXPECT_FALSE(File::IsFound(directory));
+    EXPECT_TRUE(File::IsDirectory(directory));
+    EXPECT_FALSE(File::IsFound(missing));
+    EXPECT_FALSE(File::IsDirectory(missing));
+    EXPECT_FALSE(File::IsFound(""));
+    EXPECT_FALSE(File::IsDirectory(""));
+    // A NUL inside the name must not query the shorter name before it.
+    EXPECT_FALSE(File::IsFound(file + std::string(1, '\0') + "x"));
+    EXPECT_FALSE(File::IsDirectory(directory + std::string(1, '\0') + "x"));
+#if !defined(_WIN32)
+    const std::string link = (scratch.Path() / "link").string();
+    ASSERT_EQ(::symlink(file.c_str(), link.c_str()), 0);
+    EXPECT_TRUE(File::IsFound(link));
+    const std::string dangling = (scratch.Path() / "dangling").string();
+    ASSERT_EQ(::symlink(missing.c_str(), dangling.c_str()), 0);
+    EXPECT_FALSE(File::IsFound(dangling));
+    EXPECT_FALSE(File::IsDirectory(dangling));
+#endif
+}
+
+void ExpectPathNotFound(const std::string& path, int line)
+{
+    try {
+        const std::string result = File::MakeAbsolutePath(path);
+        ADD_FAILURE() << "row at line " << line << ": no exception, got " << result;
+    } catch (const Zantor::StatusCodeException& e) {
+        EXPECT_EQ(e.GetCode(), Zantor::STATUS_CODE_PATH_NOT_FOUND) << "row at line " << line;
+        EXPECT_STREQ(e.GetFunction(), "Zantor::File::MakeAbsolutePath") << "row at line " << line;
+    }
+}
+
+#if !defined(_WIN32)
+
+struct AbsoluteRow
+{
+    int line;
+    std::string path;
+    std::string expected; // relative expectations are appended to the current directory
+    bool relative;
+};
+
+TEST(FileMakeAbsolutePath, LexicalOnLinux)
+{
+    char buffer[4096];
+    ASSERT_NE(::getcwd(buffer, sizeof buffer), nullptr);
+    const std::string cwd = buffer;
+    const AbsoluteRow rows[] = {
+        {__LINE__, "a/b", "/a/b", true},
+        {__LINE__, "does-not-exist/nor-this.txt", "/does-not-exist/nor-this.txt", true},
+        {__LINE__, "a/./b/../c", "/a/c", true},
+        {__LINE__, "./x", "/x", true},
+        {__LINE__, "x/", "/x/", true},
+        {__LINE__, "a\\b", "/a\\b", true},
+        {__LINE__, "C:\\dir", "/C:\\dir", true},
+        {__LINE__, "", "", true},
+        {__LINE__, ".", "", true},
+        {__LINE__, "/x//y/./z/", "/x/y/z/", false},
+        {__LINE__, "/x/y/../../..", "/", false},
+        {__LINE__, "/..", "/", false},
+        {__LINE__, "/../a", "/a", false},
+        {__LINE__, "/", "/", false},
+        {__LINE__, "//", "/", false},
+        {__LINE__, "/usr/lib", "/usr/lib", false},
+        {__LINE__, "/a/...", "/a/...", false},
+        {__LINE__, " /a", "/ /a", true},
+    };
+    for (const AbsoluteRow& row : rows) {
+        const std::string expected = row.relative ? (row.expected.empty() ? cwd : cwd + row.expected)
+                                                  : row.expected;
+        EXPECT_EQ(File::MakeAbsolutePath(row.path), expected) << "row at line " << row.line;
+    }
+    // The parent of the current directory, lexically.
+    const std::string parent = cwd == "/" ? "/" : cwd.substr(0, std::max<std::size_t>(1, cwd.rfind('/')));
+    EXPECT_EQ(File::MakeAbsolutePath(".."), parent);
+}
+
+TEST(FileMakeAbsolutePath, FailuresThrowPathNotFound)
+{
+    ExpectPathNotFound(std::string("a\0b", 3), __LINE__);
+    ExpectPathNotFound("/" + std::string(5000, 'a'), __LINE__);
+    // Collapsing brings an overlong text back under the limit.
+    EXPECT_EQ(File::MakeAbsolutePath("/" + std::string(5000, 'a') + "/../b"), "/b");
+}
+
+TEST(FileMakeAbsolutePath, RemovedCurrentDirectoryThrows)
+{
+    char buffer[4096];
+    ASSERT_NE(::getcwd(buffer, sizeof buffer), nullptr);
+    const std::string saved = buffer;
+    const std::filesystem::path gone =
+        std::filesystem::temp_directory_path() / ("zantor-gone-" + std::to_string(::getpid()));
+    std::filesystem::create_directories(gone);
+    ASSERT_EQ(::chdir(gone.c_str()), 0);
+    std::filesystem::remove(gone);
+    ExpectPathNotFound("relative", __LINE__);
+    // An absolute path does not need the current directory.
+    EXPECT_EQ(File::MakeAbsolutePath("/tmp/./x"), "/tmp/x");
+    ASSERT_EQ(::chdir(saved.c_str()), 0);
+}
+
+class TemporaryPathTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        const char* value = std::getenv("TMPDIR");
+        hadValue_ = value != nullptr;
+        if (hadValue_)
+            saved_ = value;
+    }
+    void TearDown() override
+    {
+        if (hadValue_)
+            ::setenv("TMPDIR", saved_.c_str(), 1);
+        else
+            ::unsetenv("TMPDIR");
+    }
+
+private:
+    bool hadValue_ = false;
+    std::string saved_;
+};
+
+TEST_F(TemporaryPathTest, FollowsTmpdir)
+{
+    ::setenv("TMPDIR", "/var/tmp/zantor", 1);
+    EXPECT_EQ(File::GetTemporaryPath(), "/var/tmp/zantor");
+    ::setenv("TMPDIR", "/scratch/", 1);
+    EXPECT_EQ(File::GetTemporaryPath(), "/scratch/");
+    ::setenv("TMPDIR", "", 1);
+    EXPECT_EQ(File::GetTemporaryPath(), "/tmp");
+    ::unsetenv("TMPDIR");
+    EXPECT_EQ(File::GetTemporaryPath(), "/tmp");
+}
+
+#else // _WIN32
+
+TEST(FileMakeAbsolutePath, FullPathOnWindows)
+{
+    EXPECT_EQ(File::MakeAbsolutePath("C:\\a\\..\\b"), "C:\\b");
+    EXPECT_EQ(File::MakeAbsolutePath("C:\\a\\.\\b\\"), "C:\\a\\b\\");
+    const std::string relative = File::MakeAbsolutePath("does-not-exist.txt");
+    EXPECT_TRUE(File::IsAbsolutePath(relative)) << relative;
+    EXPECT_EQ(relative.substr(relative.size() - 19), "\\does-not-exist.txt");
+    ExpectPathNotFound("C:\\" + std::string(300, 'a'), __LINE__);
+    ExpectPathNotFound(std::string("a\0b", 3), __LINE__);
+}
+
+TEST(FileTemporaryPath, FromTheSystem)
+{
+    const std::string path = File::GetTemporaryPath();
+    ASSERT_FALSE(path.empty());
+    EXPECT_TRUE(File::IsAbsolutePath(path)) << path;
+    // GetTempPathA always ends the directory with a backslash.
+    EXPECT_EQ(path.back(), '\\') << path;
+}
+
+#endif // _WIN32
+
+} // namespace

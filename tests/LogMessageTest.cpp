@@ -1,0 +1,510 @@
+#include <ZantorMiddleware/ZantorBase/LogMessage.h>
+
+#include <boost/format.hpp>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdint>
+#include <cstdio>
+#include <ctime>
+#include <regex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#if !defined(_WIN32)
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#endif
+
+namespace {
+
+using namespace Zantor;
+
+// Read during the test program's static initialization, before any test can
+// have replaced the hooks.
+const LogMessageFunction g_hookAtLoad = GetLogMessageFunction();
+const AlertMessageFunction g_alertHookAtLoad = GetAlertMessageFunction();
+
+struct Record
+{
+    int hook;
+    unsigned type;
+    std::uint32_t id;
+    std::string message;
+};
+
+std::vector<Record> g_records;
+
+void RecordLog(unsigned char type, const char* message)
+{
+    g_records.push_back({1, type, 0, message != nullptr ? message : "(null)"});
+}
+
+void RecordLogOther(unsigned char type, const char* message)
+{
+    g_records.push_back({2, type, 0, message != nullptr ? message : "(null)"});
+}
+
+void RecordAlert(unsigned char type, std::uint32_t id, const char* message)
+{
+    g_records.push_back({3, type, id, message != nullptr ? message : "(null)"});
+}
+
+class LogMessageTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        savedLog_ = GetLogMessageFunction();
+        savedAlert_ = GetAlertMessageFunction();
+        g_records.clear();
+    }
+    void TearDown() override
+    {
+        SetLogMessageFunction(savedLog_);
+        SetAlertMessageFunction(savedAlert_);
+        g_records.clear();
+    }
+
+private:
+    LogMessageFunction savedLog_ = nullptr;
+    AlertMessageFunction savedAlert_ = nullptr;
+};
+
+TEST(LogMessageDefaults, PrintersAreInstalledAtLoad)
+{
+    EXPECT_EQ(g_hookAtLoad, &PrintfLogMessage);
+    EXPECT_EQ(g_alertHookAtLoad, &PrintfAlertMessage);
+}
+
+struct TextRow
+{
+    int line;
+    std::string (*function)(std::uint32_t);
+    std::uint32_t value;
+    const char* text;
+};
+
+std::string LogText(std::uint32_t value) { return LogTypeToString(static_cast<unsigned char>(value)); }
+std::string AlertTypeText(std::uint32_t value) { return AlertTypeToString(static_cast<unsigned char>(value)); }
+std::string AlertIdText(std::uint32_t value) { return AlertIdToString(value); }
+
+TEST(LogMessageTexts, EveryConstantAndUnknownValues)
+{
+    const TextRow rows[] = {
+        {__LINE__, LogText, LOG_TYPE_DEBUG, "Debug"},
+        {__LINE__, LogText, LOG_TYPE_INFO, "Info"},
+        {__LINE__, LogText, LOG_TYPE_WARNING, "Warning"},
+        {__LINE__, LogText, LOG_TYPE_ERROR, "Error"},
+        {__LINE__, LogText, 4, "unknown (0x04)"},
+        {__LINE__, LogText, 0xab, "unknown (0xab)"},
+        {__LINE__, LogText, 255, "unknown (0xff)"},
+        {__LINE__, AlertTypeText, ALERT_TYPE_ISOLATED, "Isolated"},
+        {__LINE__, AlertTypeText, ALERT_TYPE_OPEN, "Open"},
+        {__LINE__, AlertTypeText, ALERT_TYPE_UPDATE, "Update"},
+        {__LINE__, AlertTypeText, ALERT_TYPE_CLOSE, "Close"},
+        {__LINE__, AlertTypeText, 4, "unknown (0x04)"},
+        {__LINE__, AlertTypeText, 255, "unknown (0xff)"},
+        {__LINE__, AlertIdText, 0, "unknown (0x00000000)"},
+        {__LINE__, AlertIdText, ALERT_ID_MANUAL, "Manual"},
+        {__LINE__, AlertIdText, ALERT_ID_MISCELLANEOUS, "Miscellaneous"},
+        {__LINE__, AlertIdText, ALERT_ID_AUTHENTICATION, "Authentication"},
+        {__LINE__, AlertIdText, ALERT_ID_PROCESS_DIE, "Process die"},
+        {__LINE__, AlertIdText, ALERT_ID_PROCESS_FAILED_TO_START, "Process failed to start"},
+        {__LINE__, AlertIdText, ALERT_ID_SERVICE_STATE_CHANGE, "Service state change"},
+        {__LINE__, AlertIdText, ALERT_ID_DATABASE_INTEGRITY, "Database integrity"},
+        {__LINE__, AlertIdText, ALERT_ID_NO_DATA, "No data"},
+        {__LINE__, AlertIdText, ALERT_ID_CROSSED_ORDER_BOOK, "Crossed order book"},
+        {__LINE__, AlertIdText, ALERT_ID_FEED_CONFLATION_CHANGE, "Feed conflation change"},
+        {__LINE__, AlertIdText, ALERT_ID_QUEUE_LIMIT_REACHED, "Queue limit reached"},
+        {__LINE__, AlertIdText, 12, "unknown (0x0000000c)"},
+        {__LINE__, AlertIdText, 255, "unknown (0x000000ff)"},
+        {__LINE__, AlertIdText, 0x80000000u, "unknown (0x80000000)"},
+        {__LINE__, AlertIdText, 0xffffffffu, "unknown (0xffffffff)"},
+    };
+    for (const TextRow& row : rows)
+        EXPECT_EQ(row.function(row.value), row.text) << "row at line " << row.line;
+}
+
+TEST(LogMessageTexts, LogTypesListIsEmpty)
+{
+    EXPECT_EQ(LogTypesToString(), "");
+}
+
+TEST_F(LogMessageTest, EveryOverloadReachesTheInstalledHook)
+{
+    SetLogMessageFunction(&RecordLog);
+    SetAlertMessageFunction(&RecordAlert);
+    EXPECT_EQ(GetLogMessageFunction(), &RecordLog);
+    EXPECT_EQ(GetAlertMessageFunction(), &RecordAlert);
+
+    LogMessage(LOG_TYPE_WARNING, "plain");
+    LogMessage(LOG_TYPE_DEBUG, std::string("from string"));
+    LogMessage(LOG_TYPE_ERROR, boost::format("%1% at %2$04d") % "bid" % 42);
+    LogMessage(200, "unknown type passes through");
+    AlertMessage(ALERT_TYPE_OPEN, ALERT_ID_NO_DATA, "feed silent");
+    AlertMessage(ALERT_TYPE_CLOSE, 0xdeadbeefu, std::string("id kept"));
+    AlertMessage(ALERT_TYPE_UPDATE, ALERT_ID_QUEUE_LIMIT_REACHED, boost::format("depth %d") % 1000);
+
+    const Record expected[] = {
+        {1, LOG_TYPE_WARNING, 0, "plain"},
+        {1, LOG_TYPE_DEBUG, 0, "from string"},
+        {1, LOG_TYPE_ERROR, 0, "bid at 0042"},
+        {1, 200, 0, "unknown type passes through"},
+        {3, ALERT_TYPE_OPEN, ALERT_ID_NO_DATA, "feed silent"},
+        {3, ALERT_TYPE_CLOSE, 0xdeadbeefu, "id kept"},
+        {3, ALERT_TYPE_UPDATE, ALERT_ID_QUEUE_LIMIT_REACHED, "depth 1000"},
+    };
+    ASSERT_EQ(g_records.size(), std::size(expected));
+    for (std::size_t i = 0; i < g_records.size(); ++i) {
+        EXPECT_EQ(g_records[i].hook, expected[i].hook) << "call " << i;
+        EXPECT_EQ(g_records[i].type, expected[i].type) << "call " << i;
+        EXPECT_EQ(g_records[i].id, expected[i].id) << "call " << i;
+        EXPECT_EQ(g_records[i].message, expected[i].message) << "call " << i;
+    }
+}
+
+TEST_F(LogMessageTest, IncompleteFormatThrowsBeforeTheHook)
+{
+    SetLogMessageFunction(&RecordLog);
+    SetAlertMessageFunction(&RecordAlert);
+    boost::format incomplete("%1% and %2%");
+    incomplete % "one";
+    EXPECT_THROW(LogMessage(LOG_TYPE_INFO, incomplete), boost::io::too_few_args);
+    EXPECT_THROW(AlertMessage(ALERT_TYPE_OPEN, ALERT_ID_MANUAL, incomplete), boost::io::too_few_args);
+    EXPECT_TRUE(g_records.empty());
+}
+
+TEST_F(LogMessageTest, ReplaceAndRestore)
+{
+    const LogMessageFunction saved = GetLogMessageFunction();
+    SetLogMessageFunction(&RecordLog);
+    LogMessage(LOG_TYPE_INFO, "first");
+    SetLogMessageFunction(&RecordLogOther);
+    LogMessage(LOG_TYPE_INFO, "second");
+    SetLogMessageFunction(&RecordLog);
+    LogMessage(LOG_TYPE_INFO, "third");
+    SetLogMessageFunction(saved);
+    EXPECT_EQ(GetLogMessageFunction(), saved);
+
+    ASSERT_EQ(g_records.size(), 3u);
+    EXPECT_EQ(g_records[0].hook, 1);
+    EXPECT_EQ(g_records[1].hook, 2);
+    EXPECT_EQ(g_records[2].hook, 1);
+    EXPECT_EQ(g_records[2].message, "third");
+}
+
+TEST_F(LogMessageTest, NullInstallsSilenceNotThePrinter)
+{
+    SetLogMessageFunction(&RecordLog);
+    SetAlertMessageFunction(&RecordAlert);
+    SetLogMessageFunction(nullptr);
+    SetAlertMessageFunction(nullptr);
+
+    const LogMessageFunction silentLog = GetLogMessageFunction();
+    const AlertMessageFunction silentAlert = GetAlertMessageFunction();
+    ASSERT_NE(silentLog, nullptr);
+    ASSERT_NE(silentAlert, nullptr);
+    EXPECT_NE(silentLog, &PrintfLogMessage);
+    EXPECT_NE(silentAlert, &PrintfAlertMessage);
+    EXPECT_NE(silentLog, &RecordLog);
+    EXPECT_NE(silentAlert, &RecordAlert);
+
+    LogMessage(LOG_TYPE_ERROR, "dropped");
+    AlertMessage(ALERT_TYPE_OPEN, ALERT_ID_MANUAL, "dropped");
+    silentLog(LOG_TYPE_ERROR, nullptr);
+    silentAlert(ALERT_TYPE_OPEN, ALERT_ID_MANUAL, nullptr);
+    EXPECT_TRUE(g_records.empty());
+
+    // A second null keeps the same silent function; a real hook replaces it.
+    SetLogMessageFunction(nullptr);
+    EXPECT_EQ(GetLogMessageFunction(), silentLog);
+    SetLogMessageFunction(&RecordLog);
+    LogMessage(LOG_TYPE_INFO, "heard");
+    ASSERT_EQ(g_records.size(), 1u);
+    EXPECT_EQ(g_records[0].message, "heard");
+}
+
+std::atomic<unsigned> g_countA{0};
+std::atomic<unsigned> g_countB{0};
+std::atomic<unsigned> g_alertCount{0};
+
+void CountA(unsigned char, const char* message)
+{
+    if (message != nullptr && message[0] == 'm')
+        g_countA.fetch_add(1, std::memory_order_relaxed);
+}
+
+void CountB(unsigned char, const char* message)
+{
+    if (message != nullptr && message[0] == 'm')
+        g_countB.fetch_add(1, std::memory_order_relaxed);
+}
+
+void CountAlert(unsigned char, std::uint32_t, const char*)
+{
+    g_alertCount.fetch_add(1, std::memory_order_relaxed);
+}
+
+TEST_F(LogMessageTest, HooksReplacedWhileOtherThreadsLog)
+{
+    g_countA = 0;
+    g_countB = 0;
+    g_alertCount = 0;
+    SetLogMessageFunction(&CountA);
+    SetAlertMessageFunction(&CountAlert);
+
+    constexpr unsigned messagesPerThread = 20000;
+    std::atomic<bool> loggersDone{false};
+    std::thread logger1([] {
+        for (unsigned i = 0; i < messagesPerThread; ++i)
+            LogMessage(LOG_TYPE_INFO, "message");
+    });
+    std::thread logger2([] {
+        for (unsigned i = 0; i < messagesPerThread; ++i) {
+            LogMessage(LOG_TYPE_DEBUG, std::string("message"));
+            AlertMessage(ALERT_TYPE_UPDATE, ALERT_ID_NO_DATA, "alert");
+        }
+    });
+    std::thread switcher([&loggersDone] {
+        unsigned round = 0;
+        while (!loggersDone.load()) {
+            switch (round++ % 3) {
+            case 0: SetLogMessageFunction(&CountB); break;
+            case 1: SetLogMessageFunction(nullptr); break;
+            default: SetLogMessageFunction(&CountA); break;
+            }
+            SetAlertMessageFunction(round % 2 == 0 ? &CountAlert : nullptr);
+        }
+    });
+    logger1.join();
+    logger2.join();
+    loggersDone = true;
+    switcher.join();
+
+    // Every call went to exactly one of the installed functions.
+    EXPECT_LE(g_countA.load() + g_countB.load(), 2 * messagesPerThread);
+    EXPECT_LE(g_alertCount.load(), messagesPerThread);
+
+    SetLogMessageFunction(&CountA);
+    const unsigned before = g_countA.load();
+    LogMessage(LOG_TYPE_INFO, "message");
+    EXPECT_EQ(g_countA.load(), before + 1);
+}
+
+#if !defined(_WIN32)
+
+// Redirects descriptors 1 and 2 into temporary files for its lifetime.
+class CapturedOutput
+{
+public:
+    CapturedOutput()
+    {
+        std::fflush(stdout);
+        std::fflush(stderr);
+        savedOut_ = ::dup(STDOUT_FILENO);
+        savedErr_ = ::dup(STDERR_FILENO);
+        out_ = std::tmpfile();
+        err_ = std::tmpfile();
+        ::dup2(::fileno(out_), STDOUT_FILENO);
+        ::dup2(::fileno(err_), STDERR_FILENO);
+    }
+    ~CapturedOutput()
+    {
+        Stop();
+        std::fclose(out_);
+        std::fclose(err_);
+    }
+    CapturedOutput(const CapturedOutput&) = delete;
+    CapturedOutput& operator=(const CapturedOutput&) = delete;
+
+    void Stop()
+    {
+        if (savedOut_ < 0)
+            return;
+        std::fflush(stdout);
+        std::fflush(stderr);
+        ::dup2(savedOut_, STDOUT_FILENO);
+        ::dup2(savedErr_, STDERR_FILENO);
+        ::close(savedOut_);
+        ::close(savedErr_);
+        savedOut_ = savedErr_ = -1;
+    }
+    std::string Out() { return Read(out_); }
+    std::string Err() { return Read(err_); }
+
+private:
+    static std::string Read(std::FILE* file)
+    {
+        std::string text;
+        std::rewind(file);
+        char buffer[512];
+        std::size_t got;
+        while ((got = std::fread(buffer, 1, sizeof buffer, file)) > 0)
+            text.append(buffer, got);
+        return text;
+    }
+
+    int savedOut_ = -1;
+    int savedErr_ = -1;
+    std::FILE* out_ = nullptr;
+    std::FILE* err_ = nullptr;
+};
+
+int SecondOfDay()
+{
+    const std::time_t now = std::time(nullptr);
+    struct tm local {};
+    ::localtime_r(&now, &local);
+    return local.tm_hour * 3600 + local.tm_min * 60 + local.tm_sec;
+}
+
+// Checks that text is exactly one line "hh:mm:ss <message>\n" stamped with a
+// local time between before and after.
+void ExpectStampedLine(const std::string& text, const std::string& message, int before, int after, int line)
+{
+    static const std::regex pattern("^([0-9]{2}):([0-9]{2}):([0-9]{2}) ([^\n]*)\n$");
+    std::smatch match;
+    ASSERT_TRUE(std::regex_match(text, match, pattern)) << "row at line " << line << ": \"" << text << "\"";
+    EXPECT_EQ(match[4].str(), message) << "row at line " << line;
+    const int stamp = std::stoi(match[1]) * 3600 + std::stoi(match[2]) * 60 + std::stoi(match[3]);
+    if (after >= before) {
+        EXPECT_GE(stamp, before) << "row at line " << line;
+        EXPECT_LE(stamp, after) << "row at line " << line;
+    }
+}
+
+struct ConsoleRow
+{
+    int line;
+    bool alert;
+    unsigned char type;
+    const char* message;
+    const char* printed;
+    bool toStandardError;
+};
+
+TEST_F(LogMessageTest, ConsoleLinesGoToTheRightStream)
+{
+    const ConsoleRow rows[] = {
+        {__LINE__, false, LOG_TYPE_INFO, "quote 101.25 accepted", "quote 101.25 accepted", false},
+        {__LINE__, false, LOG_TYPE_DEBUG, "debug %s %d", "debug %s %d", false},
+        {__LINE__, false, LOG_TYPE_WARNING, "warning", "warning", false},
+        {__LINE__, false, LOG_TYPE_ERROR, "error text", "error text", true},
+        {__LINE__, false, 4, "unknown type", "unknown type", false},
+        {__LINE__, false, 255, "", "", false},
+        {__LINE__, false, LOG_TYPE_ERROR, nullptr, "", true},
+        {__LINE__, true, ALERT_TYPE_ISOLATED, "process died", "process died", true},
+        {__LINE__, true, ALERT_TYPE_CLOSE, "closed", "closed", true},
+        {__LINE__, true, 77, nullptr, "", true},
+    };
+    for (const ConsoleRow& row : rows) {
+        const int before = SecondOfDay();
+        CapturedOutput output;
+        if (row.alert)
+            PrintfAlertMessage(row.type, ALERT_ID_PROCESS_DIE, row.message);
+        else
+            PrintfLogMessage(row.type, row.message);
+        output.Stop();
+        const int after = SecondOfDay();
+        const std::string used = row.toStandardError ? output.Err() : output.Out();
+        const std::string unused = row.toStandardError ? output.Out() : output.Err();
+        ExpectStampedLine(used, row.printed, before, after, row.line);
+        EXPECT_EQ(unused, "") << "row at line " << row.line;
+    }
+}
+
+TEST_F(LogMessageTest, DefaultHookPrintsThroughLogMessage)
+{
+    SetLogMessageFunction(&PrintfLogMessage);
+    SetAlertMessageFunction(&PrintfAlertMessage);
+    const int before = SecondOfDay();
+    CapturedOutput output;
+    LogMessage(LOG_TYPE_INFO, boost::format("%1% quotes") % 3);
+    AlertMessage(ALERT_TYPE_OPEN, ALERT_ID_NO_DATA, std::string("no data"));
+    output.Stop();
+    const int after = SecondOfDay();
+    ExpectStampedLine(output.Out(), "3 quotes", before, after, __LINE__);
+    ExpectStampedLine(output.Err(), "no data", before, after, __LINE__);
+}
+
+// Runs the printers in a child process whose standard error is prepared by
+// prepareStandardError, with standard output in a temporary file; returns
+// what reached standard output, or "child failed".
+std::string RunPrintersInChild(void (*prepareStandardError)())
+{
+    std::FILE* out = std::tmpfile();
+    if (out == nullptr)
+        return "no temporary file";
+    std::fflush(stdout);
+    std::fflush(stderr);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::dup2(::fileno(out), STDOUT_FILENO);
+        prepareStandardError();
+        PrintfLogMessage(LOG_TYPE_DEBUG, "debug to the system log");
+        PrintfLogMessage(LOG_TYPE_INFO, "info to the system log");
+        PrintfLogMessage(LOG_TYPE_WARNING, "warning to the system log");
+        PrintfLogMessage(LOG_TYPE_ERROR, "error to the system log");
+        PrintfLogMessage(9, nullptr);
+        PrintfAlertMessage(ALERT_TYPE_OPEN, ALERT_ID_PROCESS_DIE, "alert to the system log");
+        std::fflush(stdout);
+        ::_exit(0);
+    }
+    int status = 0;
+    const bool ok = child > 0 && ::waitpid(child, &status, 0) == child && WIFEXITED(status)
+                    && WEXITSTATUS(status) == 0;
+    std::string text;
+    std::rewind(out);
+    char buffer[512];
+    std::size_t got;
+    while ((got = std::fread(buffer, 1, sizeof buffer, out)) > 0)
+        text.append(buffer, got);
+    std::fclose(out);
+    return ok ? text : "child failed";
+}
+
+void StandardErrorToDevNull()
+{
+    const int null = ::open("/dev/null", O_WRONLY);
+    ::dup2(null, STDERR_FILENO);
+    ::close(null);
+}
+
+void StandardErrorClosed()
+{
+    ::close(STDERR_FILENO);
+}
+
+void StandardErrorToFile()
+{
+    std::FILE* file = std::tmpfile();
+    ::dup2(::fileno(file), STDERR_FILENO);
+}
+
+TEST(LogMessageSystemLog, NoConsoleWhenStandardErrorIsDevNull)
+{
+    EXPECT_EQ(RunPrintersInChild(&StandardErrorToDevNull), "");
+}
+
+TEST(LogMessageSystemLog, NoConsoleWhenStandardErrorIsClosed)
+{
+    EXPECT_EQ(RunPrintersInChild(&StandardErrorClosed), "");
+}
+
+TEST(LogMessageSystemLog, ConsoleWhenStandardErrorIsAFile)
+{
+    // The same child with a real standard error prints the non-error logs.
+    const std::string text = RunPrintersInChild(&StandardErrorToFile);
+    static const std::regex pattern("^[0-9]{2}:[0-9]{2}:[0-9]{2} debug to the system log\n"
+                                    "[0-9]{2}:[0-9]{2}:[0-9]{2} info to the system log\n"
+                                    "[0-9]{2}:[0-9]{2}:[0-9]{2} warning to the system log\n"
+                                    "[0-9]{2}:[0-9]{2}:[0-9]{2} \n$");
+    EXPECT_TRUE(std::regex_match(text, pattern)) << text;
+}
+
+#endif // !_WIN32
+
+} // namespace

@@ -1,0 +1,211 @@
+// Bounded formatting, quoted string lists and environment expansion.
+#include <ZantorMiddleware/ZantorBase/TextUtilities.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+namespace Zantor {
+namespace {
+
+unsigned CallVsnprintf(char* buffer, unsigned size, const char* format, ...)
+{
+    va_list args;
+    va_start(args, format);
+    const unsigned written = Vsnprintf(buffer, size, format, args);
+    va_end(args);
+    return written;
+}
+
+// ---------------------------------------------------------------- Snprintf
+
+TEST(SnprintfTest, TenCharactersIntoFourStoreThreeAndZero)
+{
+    char buffer[8];
+    std::memset(buffer, '#', sizeof buffer);
+    EXPECT_EQ(3u, Snprintf(buffer, 4, "%s", "0123456789"));
+    EXPECT_EQ(0, std::memcmp(buffer, "012\0####", 8));
+}
+
+TEST(SnprintfTest, SizeZeroTouchesNothing)
+{
+    char buffer[4] = {'#', '#', '#', '#'};
+    EXPECT_EQ(0u, Snprintf(buffer, 0, "%s", "abc"));
+    EXPECT_EQ(0, std::memcmp(buffer, "####", 4));
+    EXPECT_EQ(0u, Snprintf(nullptr, 0, "%d", 42));
+}
+
+TEST(SnprintfTest, LastFittingLengthAndFirstTruncatedSideBySide)
+{
+    struct Row
+    {
+        int line;
+        const char* text;
+        unsigned size;
+        unsigned expectedReturn;
+        const char* expectedText;
+    };
+    const Row rows[] = {
+        {__LINE__, "abc", 4, 3, "abc"},   // fits exactly with its zero
+        {__LINE__, "abcd", 4, 3, "abc"},  // one too long
+        {__LINE__, "", 4, 0, ""},
+        {__LINE__, "a", 1, 0, ""},        // room for the zero only
+        {__LINE__, "", 1, 0, ""},
+        {__LINE__, "ab", 3, 2, "ab"},
+        {__LINE__, "abc", 3, 2, "ab"},
+    };
+    for (const Row& row : rows)
+    {
+        SCOPED_TRACE(row.line);
+        char buffer[16];
+        std::memset(buffer, '#', sizeof buffer);
+        EXPECT_EQ(row.expectedReturn, Snprintf(buffer, row.size, "%s", row.text));
+        EXPECT_STREQ(row.expectedText, buffer);
+        EXPECT_EQ('#', buffer[row.size]) << "wrote past size";
+    }
+}
+
+TEST(SnprintfTest, FormatsArguments)
+{
+    char buffer[32];
+    EXPECT_EQ(12u, Snprintf(buffer, sizeof buffer, "%s=%05d;%x", "key", 42, 255u));
+    EXPECT_STREQ("key=00042;ff", buffer);
+}
+
+TEST(VsnprintfTest, SameRulesThroughVaList)
+{
+    char buffer[8];
+    std::memset(buffer, '#', sizeof buffer);
+    EXPECT_EQ(4u, CallVsnprintf(buffer, 5, "%d-%d", 12, 345));
+    EXPECT_STREQ("12-3", buffer);
+    EXPECT_EQ('#', buffer[5]);
+    EXPECT_EQ(6u, CallVsnprintf(buffer, 8, "%d-%d", 12, 345));
+    EXPECT_STREQ("12-345", buffer);
+    EXPECT_EQ(0u, CallVsnprintf(buffer, 0, "%d", 1));
+}
+
+// ----------------------------------------------------- StringListToString
+
+TEST(StringListToStringTest, QuotingAndSeparators)
+{
+    const char* const abc[] = {"a", "b", "c"};
+    const char* const withNull[] = {"x", nullptr};
+    struct Row
+    {
+        int line;
+        const char* const* list;
+        unsigned count;
+        const char* lastSeparator;
+        const char* expected;
+    };
+    const Row rows[] = {
+        {__LINE__, abc, 0, nullptr, ""},
+        {__LINE__, abc, 0, " or", ""},
+        {__LINE__, nullptr, 3, " or", ""},
+        {__LINE__, abc, 1, nullptr, "\"a\""},
+        {__LINE__, abc, 1, " or", "\"a\""},
+        {__LINE__, abc, 2, nullptr, "\"a\", \"b\""},
+        {__LINE__, abc, 2, " or", "\"a\" or \"b\""},
+        {__LINE__, abc, 3, nullptr, "\"a\", \"b\", \"c\""},
+        {__LINE__, abc, 3, " or", "\"a\", \"b\" or \"c\""},
+        {__LINE__, abc, 3, " and", "\"a\", \"b\" and \"c\""},
+        {__LINE__, abc, 3, "", "\"a\", \"b\" \"c\""},
+        {__LINE__, withNull, 2, " or", "\"x\" or \"\""},
+    };
+    for (const Row& row : rows)
+    {
+        SCOPED_TRACE(row.line);
+        EXPECT_EQ(row.expected, StringListToString(row.list, row.count, row.lastSeparator));
+    }
+}
+
+// ---------------------------------------------- ReplaceEnvironmentVariables
+
+void SetVariable(const char* name, const char* value)
+{
+#ifdef _WIN32
+    ASSERT_EQ(0, _putenv_s(name, value));
+#else
+    ASSERT_EQ(0, setenv(name, value, 1));
+#endif
+}
+
+class ReplaceEnvironmentVariablesTest : public ::testing::Test
+{
+protected:
+    static void SetUpTestSuite()
+    {
+        SetVariable("ZT_ALPHA", "one");
+        SetVariable("ZT_BETA", "two words");
+        SetVariable("ZT_PERCENT", "%ZT_ALPHA%");
+        SetVariable("ZT_LONG", std::string(1000, 'L').c_str());
+    }
+};
+
+struct ExpandRow
+{
+    int line;
+    const char* in;
+    std::string expected;
+};
+
+void CheckRows(const ExpandRow* rows, std::size_t count)
+{
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        SCOPED_TRACE(rows[i].line);
+        std::string out = "previous contents";
+        ASSERT_TRUE(ReplaceEnvironmentVariables(rows[i].in, out));
+        EXPECT_EQ(rows[i].expected, out);
+    }
+}
+
+TEST_F(ReplaceEnvironmentVariablesTest, ExpansionRules)
+{
+    const ExpandRow rows[] = {
+        {__LINE__, "", ""},
+        {__LINE__, "no references at all", "no references at all"},
+        {__LINE__, "%ZT_ALPHA%", "one"},
+        {__LINE__, "x%ZT_ALPHA%y%ZT_BETA%z", "xoneytwo wordsz"},
+        {__LINE__, "%ZT_ALPHA%%ZT_ALPHA%", "oneone"},
+        {__LINE__, "%ZT_UNKNOWN_NAME%", "%ZT_UNKNOWN_NAME%"},
+        {__LINE__, "a %ZT_UNKNOWN_NAME% b", "a %ZT_UNKNOWN_NAME% b"},
+        {__LINE__, "%%", "%%"},
+        {__LINE__, "100%", "100%"},
+        {__LINE__, "%", "%"},
+        {__LINE__, "%ZT_ALPHA", "%ZT_ALPHA"},
+        {__LINE__, "%ZT_ALPHA% 100%", "one 100%"},
+        {__LINE__, "%ZT_PERCENT%", "%ZT_ALPHA%"}, // values are not expanded again
+        {__LINE__, "[%ZT_LONG%]", "[" + std::string(1000, 'L') + "]"},
+        {__LINE__, "%ZT_LONG%%ZT_LONG%", std::string(2000, 'L')},
+    };
+    CheckRows(rows, sizeof rows / sizeof rows[0]);
+}
+
+#ifndef _WIN32
+TEST_F(ReplaceEnvironmentVariablesTest, LinuxNameMatching)
+{
+    SetVariable("ZT_EQ", "B=C");
+    SetVariable("ZT_EMPTY", "");
+    const ExpandRow rows[] = {
+        {__LINE__, "%zt_alpha%", "%zt_alpha%"},        // exact, case-sensitive
+        {__LINE__, "%ZT_EQ=B%", "%ZT_EQ=B%"},          // '=' is never part of a name
+        {__LINE__, "%ZT_EMPTY%", ""},                  // set but empty
+        {__LINE__, "%ZT_UNKNOWN%ZT_ALPHA%", "%ZT_UNKNOWNone"}, // closing % opens the next name
+        {__LINE__, "%%ZT_ALPHA%", "%one"},
+        {__LINE__, "%ZT_ALPHA%%", "one%"},
+        {__LINE__, "%%%", "%%%"},
+    };
+    CheckRows(rows, sizeof rows / sizeof rows[0]);
+
+    std::string out;
+    const std::string withZero("%ZT_\0ALPHA%", 11);
+    ASSERT_TRUE(ReplaceEnvironmentVariables(withZero, out));
+    EXPECT_EQ(withZero, out);
+}
+#endif
+
+} // namespace
+} // namespace Zantor
