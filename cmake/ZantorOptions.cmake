@@ -14,6 +14,11 @@ if(ZANTOR_SANITIZE)
   add_link_options(-fsanitize=${_zantor_san})
 endif()
 
+# __FILE__ relative to the source tree: exceptions and throw locations then
+# name "source/File.cpp" rather than a path of the build machine, and builds
+# are reproducible wherever the tree lies.
+add_compile_options("-fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=")
+
 function(zantor_set_warnings target)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow
     -Wnon-virtual-dtor -Wcast-align -Woverloaded-virtual -Wformat=2)

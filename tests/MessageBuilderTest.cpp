@@ -69,6 +69,12 @@ struct Snapshot
     bool onInitial;
 };
 
+enum class Side : std::uint16_t
+{
+    Bid = 0x0102,
+    Ask = 0xA1A2
+};
+
 void Fill(MessageBuilder& builder, const Bytes& bytes)
 {
     ASSERT_EQ(OK, builder.AppendBuffer(bytes.data(), static_cast<unsigned>(bytes.size())));
@@ -131,6 +137,20 @@ const std::vector<TypedRow>& TypedRows()
         {__LINE__, {}, [](MessageBuilder& b) { return b.AppendBuiltIn<unsigned int>(0xA1B2C3D4); }, {0xD4, 0xC3, 0xB2, 0xA1}},
         {__LINE__, {}, [](MessageBuilder& b) { return b.AppendBuiltIn<std::int64_t>(0x1122334455667788); },
          {0x88, 0x77, 0x66, 0x55, 0x44, 0x33, 0x22, 0x11}},
+        // Several integers under one bounds check, each in the given order.
+        {__LINE__, {}, [](MessageBuilder& b) {
+             return b.AppendBuiltIns(BE, std::uint8_t{0x51}, std::uint16_t{0x0102}, std::uint32_t{0x03040506},
+                                     std::int64_t{-2});
+         },
+         {0x51, 0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFE}},
+        {__LINE__, {}, [](MessageBuilder& b) {
+             return b.AppendBuiltIns(LE, std::uint8_t{0x51}, std::uint16_t{0x0102}, std::uint32_t{0x03040506},
+                                     std::int64_t{-2});
+         },
+         {0x51, 0x02, 0x01, 0x06, 0x05, 0x04, 0x03, 0xFE, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF}},
+        {__LINE__, {}, [](MessageBuilder& b) { return b.AppendBuiltIns(BE, true, Side::Ask, std::int8_t{-4}); },
+         {0x01, 0xA1, 0xA2, 0xFC}},
+        {__LINE__, {0x7F}, [](MessageBuilder& b) { return b.AppendBuiltIns(BE, std::int16_t{-2}); }, {0x7F, 0xFF, 0xFE}},
         // Appends after existing bytes.
         {__LINE__, {0xEE, 0xEE, 0xEE}, [](MessageBuilder& b) { return b.AppendUInt32(0x01020304, BE); },
          {0xEE, 0xEE, 0xEE, 0x01, 0x02, 0x03, 0x04}},

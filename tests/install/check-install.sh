@@ -25,7 +25,7 @@ c++ -std=c++20 "$here/consumer/main.cpp" -o "$work/pkgconfig-consumer" \
   $(pkg-config --cflags --libs ZantorBase)
 LD_LIBRARY_PATH="$prefix/lib" "$work/pkgconfig-consumer" | tee "$work/pkgconfig.out"
 
-expected="01 02 03 04 | invalid parameter"
+expected="01 02 03 04 | 16909060 success | main.cpp:Consumer::Fail:16 - invalid parameter"
 for out in "$work/cmake.out" "$work/pkgconfig.out"; do
   if [[ "$(cat "$out")" != "$expected" ]]; then
     echo "consumer printed '$(cat "$out")', expected '$expected'" >&2
