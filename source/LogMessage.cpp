@@ -1,6 +1,9 @@
-// The log and alert hooks, their texts and the message overloads. The default
-// printers live in source/<platform>/LogSink.cpp.
+// The log and alert hooks, their texts, the message overloads and the
+// default printers; the console test, the time stamp and the system log are
+// platform code (source/<platform>/LogSink.cpp).
 #include <ZantorMiddleware/ZantorBase/LogMessage.h>
+
+#include "LogSink.h"
 
 #include <boost/format.hpp>
 
@@ -78,6 +81,35 @@ LogMessageFunction GetLogMessageFunction()
 AlertMessageFunction GetAlertMessageFunction()
 {
     return g_alertMessageFunction.load(std::memory_order_acquire);
+}
+
+void PrintfLogMessage(unsigned char logType, const char* message)
+{
+    if (message == nullptr)
+        message = "";
+    if (Detail::HasConsole())
+    {
+        Detail::PrintConsoleLine(logType == LOG_TYPE_ERROR ? stderr : stdout, message);
+        return;
+    }
+    Detail::SystemLogSeverity severity = Detail::SystemLogSeverity::Information;
+    if (logType == LOG_TYPE_WARNING)
+        severity = Detail::SystemLogSeverity::Warning;
+    else if (logType == LOG_TYPE_ERROR)
+        severity = Detail::SystemLogSeverity::Error;
+    Detail::WriteSystemLog(severity, message);
+}
+
+void PrintfAlertMessage(unsigned char, std::uint32_t, const char* message)
+{
+    if (message == nullptr)
+        message = "";
+    if (Detail::HasConsole())
+    {
+        Detail::PrintConsoleLine(stderr, message);
+        return;
+    }
+    Detail::WriteSystemLog(Detail::SystemLogSeverity::Error, message);
 }
 
 std::string LogTypeToString(unsigned char logType)

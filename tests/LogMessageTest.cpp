@@ -14,6 +14,10 @@
 
 #if !defined(_WIN32)
 #include <fcntl.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #endif
@@ -503,6 +507,96 @@ TEST(LogMessageSystemLog, ConsoleWhenStandardErrorIsAFile)
                                     "[0-9]{2}:[0-9]{2}:[0-9]{2} warning to the system log\n"
                                     "[0-9]{2}:[0-9]{2}:[0-9]{2} \n$");
     EXPECT_TRUE(std::regex_match(text, pattern)) << text;
+}
+
+// Without a console the printers write to syslog(3). The child process gets
+// a mount namespace of its own with an empty /dev, where it binds the system
+// log socket itself, so the datagrams syslog sends can be read back: the
+// severity, the identity and the text "<program>: <message>" are checked.
+// Exit code 77: the machine does not allow the namespace (no privilege).
+constexpr int kNoNamespace = 77;
+
+int CaptureSystemLog(std::FILE* result)
+{
+    if (::unshare(CLONE_NEWNS) != 0 || ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0
+        || ::mount("zantor-test", "/dev", "tmpfs", 0, nullptr) != 0)
+        return kNoNamespace;
+    const int log = ::socket(AF_UNIX, SOCK_DGRAM, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::snprintf(address.sun_path, sizeof address.sun_path, "/dev/log");
+    if (log < 0 || ::bind(log, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+        return 2;
+    ::close(STDERR_FILENO); // no console
+
+    PrintfLogMessage(LOG_TYPE_DEBUG, "debug line");
+    PrintfLogMessage(LOG_TYPE_INFO, "info line");
+    PrintfLogMessage(LOG_TYPE_WARNING, "warning line");
+    PrintfLogMessage(LOG_TYPE_ERROR, "error line");
+    PrintfLogMessage(9, nullptr);
+    PrintfAlertMessage(ALERT_TYPE_OPEN, ALERT_ID_PROCESS_DIE, "alert line");
+
+    char datagram[1024];
+    ssize_t got;
+    while ((got = ::recv(log, datagram, sizeof datagram, MSG_DONTWAIT)) > 0)
+    {
+        std::fwrite(datagram, 1, static_cast<std::size_t>(got), result);
+        std::fputc('\n', result);
+    }
+    std::fflush(result);
+    return 0;
+}
+
+TEST(LogMessageSystemLog, SeveritiesIdentityAndTextReachTheSystemLog)
+{
+    std::FILE* result = std::tmpfile();
+    ASSERT_NE(result, nullptr);
+    std::fflush(stdout);
+    std::fflush(stderr);
+    const pid_t child = ::fork();
+    if (child == 0)
+        ::_exit(CaptureSystemLog(result));
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFEXITED(status));
+    if (WEXITSTATUS(status) == kNoNamespace)
+    {
+        std::fclose(result);
+        GTEST_SKIP() << "no mount namespace for a private /dev/log here";
+    }
+    ASSERT_EQ(WEXITSTATUS(status), 0);
+
+    std::vector<std::string> lines;
+    std::rewind(result);
+    char line[1100];
+    while (std::fgets(line, sizeof line, result) != nullptr)
+    {
+        std::string text(line);
+        if (!text.empty() && text.back() == '\n')
+            text.pop_back();
+        lines.push_back(text);
+    }
+    std::fclose(result);
+
+    // LOG_USER is facility 1: priority 8 + LOG_INFO 6, LOG_WARNING 4, LOG_ERR 3.
+    const std::string identity = "ZANTOR\\[" + std::to_string(child) + "\\]: LogMessageTest: ";
+    const struct
+    {
+        int line;
+        int priority;
+        std::string message;
+    } expected[] = {
+        {__LINE__, 14, "debug line"}, {__LINE__, 14, "info line"}, {__LINE__, 12, "warning line"},
+        {__LINE__, 11, "error line"}, {__LINE__, 14, ""},          {__LINE__, 11, "alert line"},
+    };
+    ASSERT_EQ(lines.size(), std::size(expected));
+    for (std::size_t i = 0; i < lines.size(); ++i)
+    {
+        SCOPED_TRACE(testing::Message() << "row at line " << expected[i].line);
+        const std::regex pattern("^<" + std::to_string(expected[i].priority) + ">[A-Z][a-z]{2} [ 0-9][0-9] " +
+                                 "[0-9]{2}:[0-9]{2}:[0-9]{2} " + identity + expected[i].message + "$");
+        EXPECT_TRUE(std::regex_match(lines[i], pattern)) << lines[i];
+    }
 }
 
 #endif // !_WIN32

@@ -1,18 +1,21 @@
 // The default log and alert printers on Linux: a time-stamped line on the
 // console when standard error is a real output, syslog(3) otherwise.
-#include <ZantorMiddleware/ZantorBase/LogMessage.h>
+#include "LogSink.h"
 
 #include <cerrno>
 #include <climits>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 #include <string>
 
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <syslog.h>
 #include <unistd.h>
 
-namespace Zantor {
+namespace Zantor::Detail {
 
 namespace {
 
@@ -80,12 +83,34 @@ const NullDevice& GetNullDevice()
     return device;
 }
 
+} // namespace
+
+// True when descriptor is a datagram socket connected to the system log.
+// When a process closes its standard error, the socket syslog(3) opens on
+// first use takes descriptor 2: that is no console, and writing the console
+// line into it would corrupt the log.
+bool IsSystemLogSocket(int descriptor)
+{
+    int type = 0;
+    socklen_t typeLength = sizeof type;
+    if (::getsockopt(descriptor, SOL_SOCKET, SO_TYPE, &type, &typeLength) != 0 || type != SOCK_DGRAM)
+        return false;
+    sockaddr_un peer{};
+    socklen_t peerLength = sizeof peer;
+    if (::getpeername(descriptor, reinterpret_cast<sockaddr*>(&peer), &peerLength) != 0 || peer.sun_family != AF_UNIX)
+        return false;
+    return std::strncmp(peer.sun_path, _PATH_LOG, sizeof peer.sun_path) == 0;
+}
+
 // True when standard error is an open descriptor that does not lead to
-// /dev/null (the same node, or another node of the same character device).
+// /dev/null (the same node, or another node of the same character device)
+// and is not the system log's own socket.
 bool HasConsole()
 {
     struct stat status {};
     if (::fstat(STDERR_FILENO, &status) != 0)
+        return false;
+    if (S_ISSOCK(status.st_mode) && IsSystemLogSocket(STDERR_FILENO))
         return false;
     const NullDevice& null = GetNullDevice();
     if (!null.valid)
@@ -97,7 +122,7 @@ bool HasConsole()
     return true;
 }
 
-void PrintLine(std::FILE* stream, const char* message)
+void PrintConsoleLine(std::FILE* stream, const char* message)
 {
     const std::time_t now = std::time(nullptr);
     struct tm local {};
@@ -107,39 +132,15 @@ void PrintLine(std::FILE* stream, const char* message)
     std::fflush(stream);
 }
 
-void WriteSystemLog(int priority, const char* message)
+void WriteSystemLog(SystemLogSeverity severity, const char* message)
 {
+    int priority = LOG_INFO;
+    if (severity == SystemLogSeverity::Warning)
+        priority = LOG_WARNING;
+    else if (severity == SystemLogSeverity::Error)
+        priority = LOG_ERR;
     const SystemLogState& state = GetSystemLogState();
     ::syslog(priority, "%s: %s", state.programName.c_str(), message);
 }
 
-} // namespace
-
-void PrintfLogMessage(unsigned char logType, const char* message)
-{
-    if (message == nullptr)
-        message = "";
-    if (HasConsole()) {
-        PrintLine(logType == LOG_TYPE_ERROR ? stderr : stdout, message);
-        return;
-    }
-    int priority = LOG_INFO;
-    if (logType == LOG_TYPE_WARNING)
-        priority = LOG_WARNING;
-    else if (logType == LOG_TYPE_ERROR)
-        priority = LOG_ERR;
-    WriteSystemLog(priority, message);
-}
-
-void PrintfAlertMessage(unsigned char, std::uint32_t, const char* message)
-{
-    if (message == nullptr)
-        message = "";
-    if (HasConsole()) {
-        PrintLine(stderr, message);
-        return;
-    }
-    WriteSystemLog(LOG_ERR, message);
-}
-
-} // namespace Zantor
+} // namespace Zantor::Detail

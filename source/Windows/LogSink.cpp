@@ -1,6 +1,6 @@
 // The default log and alert printers on Windows: a time-stamped line on the
 // console when the process has one, the Windows event log otherwise.
-#include <ZantorMiddleware/ZantorBase/LogMessage.h>
+#include "LogSink.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -9,7 +9,7 @@
 
 #include <windows.h>
 
-namespace Zantor {
+namespace Zantor::Detail {
 
 namespace {
 
@@ -93,12 +93,14 @@ const EventLogState& GetEventLogState()
     return state;
 }
 
+} // namespace
+
 bool HasConsole()
 {
     return GetConsoleWindow() != nullptr;
 }
 
-void PrintLine(std::FILE* stream, const char* message)
+void PrintConsoleLine(std::FILE* stream, const char* message)
 {
     SYSTEMTIME now;
     GetLocalTime(&now);
@@ -107,42 +109,20 @@ void PrintLine(std::FILE* stream, const char* message)
     std::fflush(stream);
 }
 
-void ReportToEventLog(WORD eventType, const char* message)
+// One event with two insertion strings, the program's base name and the
+// message; category 0, event id 0, no user, no binary data.
+void WriteSystemLog(SystemLogSeverity severity, const char* message)
 {
     const EventLogState& state = GetEventLogState();
     if (state.source == nullptr)
         return;
+    WORD eventType = EVENTLOG_INFORMATION_TYPE;
+    if (severity == SystemLogSeverity::Warning)
+        eventType = EVENTLOG_WARNING_TYPE;
+    else if (severity == SystemLogSeverity::Error)
+        eventType = EVENTLOG_ERROR_TYPE;
     LPCSTR strings[2] = {state.programName.c_str(), message};
     ReportEventA(state.source, eventType, 0, 0, nullptr, 2, 0, strings, nullptr);
 }
 
-} // namespace
-
-void PrintfLogMessage(unsigned char logType, const char* message)
-{
-    if (message == nullptr)
-        message = "";
-    if (HasConsole()) {
-        PrintLine(logType == LOG_TYPE_ERROR ? stderr : stdout, message);
-        return;
-    }
-    WORD eventType = EVENTLOG_INFORMATION_TYPE;
-    if (logType == LOG_TYPE_WARNING)
-        eventType = EVENTLOG_WARNING_TYPE;
-    else if (logType == LOG_TYPE_ERROR)
-        eventType = EVENTLOG_ERROR_TYPE;
-    ReportToEventLog(eventType, message);
-}
-
-void PrintfAlertMessage(unsigned char, std::uint32_t, const char* message)
-{
-    if (message == nullptr)
-        message = "";
-    if (HasConsole()) {
-        PrintLine(stderr, message);
-        return;
-    }
-    ReportToEventLog(EVENTLOG_ERROR_TYPE, message);
-}
-
-} // namespace Zantor
+} // namespace Zantor::Detail
