@@ -98,8 +98,10 @@ ZANTOR_BASE_API AlertMessageFunction GetAlertMessageFunction();
 //   cannot be registered (no rights to the Eventlog registry key) the message
 //   is dropped.
 // - Linux: the process has a console when standard error is an open
-//   descriptor that is not /dev/null (checked on every call, so a process
-//   that redirects its standard error is followed at once). Otherwise
+//   descriptor that is not /dev/null, nor the system log's own socket
+//   (which takes descriptor 2 once a process has closed its standard
+//   error); checked on every call, so a process that redirects its
+//   standard error is followed at once. Otherwise
 //   syslog(3) is used (openlog is called once, on first use, with the
 //   identity "ZANTOR", LOG_PID and LOG_USER) with the text
 //   "<program>: <message>", where <program> is the executable's base name
