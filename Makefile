@@ -1,6 +1,6 @@
 # The commands users type. Each configures its CMake preset once and builds
 # incrementally; ccache keeps rebuilds cheap.
-#   make test            every test: Linux default + asan, fuzzing, Windows
+#   make test            every test: Linux default + asan + tsan, fuzzing, Windows
 #   make demo            build and run the examples
 #   make bench           build and run the benchmarks
 #   make check-windows   MinGW-w64 x86-64 tests under Wine, x86 link check
@@ -34,9 +34,10 @@ test: deps
 	@$(MAKE) --no-print-directory fuzz
 	@$(MAKE) --no-print-directory check-windows
 
-test-linux: build-default build-asan
+test-linux: build-default build-asan build-tsan
 	ctest --preset default
 	ctest --preset asan
+	ctest --preset tsan
 
 demo: deps build-default
 	@for program in build/default/bin/example-*; do \
