@@ -9,6 +9,7 @@
 #include <cstring>
 #include <iterator>
 #include <ostream>
+#include <string>
 
 namespace Zantor {
 
@@ -103,11 +104,24 @@ void Exception::ToStream(std::ostream& stream) const
     std::string directory;
     std::string fileName;
     File::SplitPath(TextOrEmpty(m_file), directory, fileName);
-    stream << fileName << ':' << TextOrEmpty(m_function) << ':' << m_line << " - " << ToString();
+    // Composed first and written unformatted, so the line is in decimal and
+    // nothing is padded whatever flags, width or locale the stream carries.
+    // A width set for this insertion is used up, as by any inserter.
+    stream.width(0);
+    std::string line = fileName;
+    line += ':';
+    line += TextOrEmpty(m_function);
+    line += ':';
+    line += std::to_string(m_line);
+    line += " - ";
+    line += ToString();
+    stream.write(line.data(), static_cast<std::streamsize>(line.size()));
     if (m_next == nullptr)
         return;
 
-    stream << " via:" << std::endl;
+    static constexpr char via[] = " via:";
+    stream.write(via, sizeof via - 1);
+    stream << std::endl;
     const Exception& head = *m_next;
     if (head.m_next != nullptr)
     {

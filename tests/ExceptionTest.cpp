@@ -10,6 +10,8 @@
 
 #include <cerrno>
 #include <cstring>
+#include <iomanip>
+#include <locale>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -89,6 +91,40 @@ public:
     }
 
     bool m_throwOnDestruction = false;
+};
+
+// Lambdas: the name is that of the function the lambda is written in.
+[[noreturn]] void FreeLambda()
+{
+    [] { ZANTOR_THROW(StatusCodeException, STATUS_CODE_BUSY); }();
+    throw std::logic_error("not reached");
+}
+
+[[noreturn]] void GenericLambda()
+{
+    [](auto code) { ZANTOR_THROW(StatusCodeException, code); }(STATUS_CODE_BUSY);
+    throw std::logic_error("not reached");
+}
+
+[[noreturn]] void NestedLambda()
+{
+    [] { [] { ZANTOR_THROW(StatusCodeException, STATUS_CODE_BUSY); }(); }();
+    throw std::logic_error("not reached");
+}
+
+template <typename T>
+[[noreturn]] void TemplateLambda()
+{
+    [] { ZANTOR_THROW(StatusCodeException, STATUS_CODE_BUSY); }();
+    throw std::logic_error("not reached");
+}
+
+struct Gadget
+{
+    Gadget()
+    {
+        [] { ZANTOR_THROW(StatusCodeException, STATUS_CODE_BUSY); }();
+    }
 };
 
 [[noreturn]] void Message(const char* text)
@@ -192,6 +228,69 @@ TEST(ExceptionTest, ReportWithNullFileAndFunctionDoesNotCrash)
 {
     const StatusCodeException e(nullptr, nullptr, 1, STATUS_CODE_FAILURE);
     EXPECT_EQ(Report(e), "::1 - failure");
+}
+
+TEST(ExceptionTest, ReportNamesTheFileWithoutItsDirectory)
+{
+    struct Row
+    {
+        int line;
+        const char* file;
+        const char* report;
+    };
+    const Row rows[] = {
+        {__LINE__, ".\\Foo", "Foo:F:7 - timeout"},
+        {__LINE__, ".\\Foo.cpp", "Foo.cpp:F:7 - timeout"},
+        {__LINE__, "C:\\src\\Base\\File.cpp", "File.cpp:F:7 - timeout"},
+        {__LINE__, "\\\\build\\src\\File.cpp", "File.cpp:F:7 - timeout"},
+        {__LINE__, "source/Linux/File.cpp", "File.cpp:F:7 - timeout"},
+        {__LINE__, "/work/source/File.cpp", "File.cpp:F:7 - timeout"},
+        {__LINE__, "File.cpp", "File.cpp:F:7 - timeout"},
+        {__LINE__, "", ":F:7 - timeout"},
+    };
+    for (const Row& row : rows)
+    {
+        SCOPED_TRACE(row.line);
+        EXPECT_EQ(Report(StatusCodeException(row.file, "F", 7, STATUS_CODE_TIMEOUT)), row.report);
+    }
+}
+
+// A numpunct that groups digits in threes, as many user locales do.
+struct ThousandsGrouping : std::numpunct<char>
+{
+    char do_thousands_sep() const override { return ','; }
+    std::string do_grouping() const override { return "\3"; }
+};
+
+// The report is the same text whatever state the caller left the stream in:
+// the line stays decimal and ungrouped, and nothing is padded.
+TEST(ExceptionTest, ReportIgnoresTheStreamsFormatState)
+{
+    struct Row
+    {
+        int line;
+        void (*prepare)(std::ostream&);
+    };
+    const Row rows[] = {
+        {__LINE__, [](std::ostream&) {}},
+        {__LINE__, [](std::ostream& s) { s << std::hex << std::showbase << std::uppercase; }},
+        {__LINE__, [](std::ostream& s) { s << std::oct; }},
+        {__LINE__, [](std::ostream& s) { s << std::showpos; }},
+        {__LINE__, [](std::ostream& s) { s << std::setw(80) << std::setfill('*') << std::right; }},
+        {__LINE__, [](std::ostream& s) { s << std::setw(80) << std::left; }},
+        {__LINE__, [](std::ostream& s) { s.imbue(std::locale(std::locale::classic(), new ThousandsGrouping)); }},
+    };
+    const StatusCodeException outer(".\\Foo", "Zantor::Foo::Bar", 12345, STATUS_CODE_INVALID_PARAMETER);
+    outer.AddException(new StatusCodeException(".\\E1", "Zantor::E1", 1000000, STATUS_CODE_TIMEOUT));
+    for (const Row& row : rows)
+    {
+        SCOPED_TRACE(row.line);
+        std::ostringstream stream;
+        row.prepare(stream);
+        stream << outer << '|'; // a width meant for the report is used up by it
+        EXPECT_EQ(stream.str(), "Foo:Zantor::Foo::Bar:12345 - invalid parameter via:\n"
+                                "E1:Zantor::E1:1000000 - timeout|");
+    }
 }
 
 TEST(ExceptionTest, ChainOfOne)
@@ -419,53 +518,75 @@ TEST(ExceptionTest, ThrowIsCaughtThroughTheRoot)
     ADD_FAILURE() << "not caught as Exception";
 }
 
+// The name of the enclosing function of ZANTOR_THROW, whatever kind of
+// function it is. Class-template arguments appear as the compiler prints
+// them; the template-argument list it appends to a signature never does.
 TEST(ExceptionTest, ThrowFunctionNames)
 {
     using ThrowSite::Widget;
-    const Widget widget;
-    EXPECT_STREQ(Catch<StatusCodeException>([] { ThrowSite::Template(3); }).GetFunction(),
-                 "Zantor::ThrowSite::Template");
+#if defined(__clang__)
+    const char* const boxName = "Zantor::ThrowSite::Box<std::pair<int, std::vector<int>>>::Get";
+    const char* const conversionName = "Zantor::ThrowSite::Widget::operator const char *";
+    const char* const templateLambdaName = "Zantor::ThrowSite::TemplateLambda";
+#else
+    const char* const boxName = "Zantor::ThrowSite::Box<T>::Get";
+    const char* const conversionName = "Zantor::ThrowSite::Widget::operator const char*";
+    // GCC names the specialization the lambda belongs to.
+    const char* const templateLambdaName = "Zantor::ThrowSite::TemplateLambda<int>";
+#endif
+    struct Row
+    {
+        int line;
+        void (*thrower)();
+        const char* name;
+    };
+    const Row rows[] = {
+        {__LINE__, [] { ThrowSite::Free(); }, "Zantor::ThrowSite::Free"},
+        {__LINE__, [] { ThrowSite::Template(3); }, "Zantor::ThrowSite::Template"},
+        {__LINE__, [] { ThrowSite::Template(3.5); }, "Zantor::ThrowSite::Template"},
+        {__LINE__, [] { ThrowSite::Box<std::pair<int, std::vector<int>>>().Get(); }, boxName},
+        {__LINE__, [] { Widget w(5); }, "Zantor::ThrowSite::Widget::Widget"},
+        {__LINE__, [] { Widget().Member(); }, "Zantor::ThrowSite::Widget::Member"},
+        {__LINE__, [] { Widget::Static(); }, "Zantor::ThrowSite::Widget::Static"},
+        {__LINE__, [] { Widget()(); }, "Zantor::ThrowSite::Widget::operator()"},
+        {__LINE__, [] { (void)(Widget() < Widget()); }, "Zantor::ThrowSite::Widget::operator<"},
+        {__LINE__, [] { (void)static_cast<const char*>(Widget()); }, conversionName},
+        {__LINE__,
+         [] {
+             Widget w;
+             w.m_throwOnDestruction = true;
+         },
+         "Zantor::ThrowSite::Widget::~Widget"},
+        {__LINE__, [] { Widget().Lambda(); }, "Zantor::ThrowSite::Widget::Lambda"},
+        {__LINE__, [] { ThrowSite::FreeLambda(); }, "Zantor::ThrowSite::FreeLambda"},
+        {__LINE__, [] { ThrowSite::GenericLambda(); }, "Zantor::ThrowSite::GenericLambda"},
+        {__LINE__, [] { ThrowSite::NestedLambda(); }, "Zantor::ThrowSite::NestedLambda"},
+        {__LINE__, [] { ThrowSite::TemplateLambda<int>(); }, templateLambdaName},
+        {__LINE__, [] { ThrowSite::Gadget(); }, "Zantor::ThrowSite::Gadget::Gadget"},
+        {__LINE__, [] { ThrowSite::WithText(); }, "Zantor::ThrowSite::WithText"},
+    };
+    for (const Row& row : rows)
+    {
+        SCOPED_TRACE(row.line);
+        const auto e = Catch<Exception>(row.thrower);
+        EXPECT_STREQ(e.GetFunction(), row.name);
+        EXPECT_STREQ(e.GetFile(), __FILE__);
+        EXPECT_GT(e.GetLine(), 0u);
+    }
+}
+
+TEST(ExceptionTest, ThrowRecordsLineAndCodeOfEachSite)
+{
     const auto fromTemplate = Catch<StatusCodeException>([] { ThrowSite::Template(3.5); });
     EXPECT_EQ(fromTemplate.GetLine(), static_cast<std::uint32_t>(ThrowSite::g_line));
     EXPECT_EQ(fromTemplate.GetCode(), 3u);
-#if defined(__clang__)
-    const char* boxName = "Zantor::ThrowSite::Box<std::pair<int, std::vector<int>>>::Get";
-#else
-    const char* boxName = "Zantor::ThrowSite::Box<T>::Get";
-#endif
-    EXPECT_STREQ(Catch<StatusCodeException>([] {
-                     ThrowSite::Box<std::pair<int, std::vector<int>>>().Get();
-                 }).GetFunction(),
-                 boxName);
-
-    const auto constructed = Catch<OsException>([] { Widget w(5); });
-    EXPECT_STREQ(constructed.GetFunction(), "Zantor::ThrowSite::Widget::Widget");
+    const auto constructed = Catch<OsException>([] { ThrowSite::Widget w(5); });
     EXPECT_EQ(constructed.GetLine(), static_cast<std::uint32_t>(ThrowSite::g_line));
     EXPECT_EQ(constructed.GetCode(), 5u);
-
-    EXPECT_STREQ(Catch<BaseException>([&] { widget.Member(); }).GetFunction(), "Zantor::ThrowSite::Widget::Member");
-    const auto crt = Catch<CrtException>([] { Widget::Static(); });
-    EXPECT_STREQ(crt.GetFunction(), "Zantor::ThrowSite::Widget::Static");
+    const auto crt = Catch<CrtException>([] { ThrowSite::Widget::Static(); });
     EXPECT_EQ(crt.GetCode(), static_cast<std::uint32_t>(ENOENT));
-    EXPECT_STREQ(Catch<StatusCodeException>([] { Widget()(); }).GetFunction(),
-                 "Zantor::ThrowSite::Widget::operator()");
-    EXPECT_STREQ(Catch<StatusCodeException>([&] { (void)(widget < widget); }).GetFunction(),
-                 "Zantor::ThrowSite::Widget::operator<");
-#if defined(__clang__)
-    const char* conversionName = "Zantor::ThrowSite::Widget::operator const char *";
-#else
-    const char* conversionName = "Zantor::ThrowSite::Widget::operator const char*";
-#endif
-    EXPECT_STREQ(Catch<StatusCodeException>([&] { (void)static_cast<const char*>(widget); }).GetFunction(),
-                 conversionName);
-    // Inside a lambda: the enclosing function.
-    EXPECT_STREQ(Catch<StatusCodeException>([&] { widget.Lambda(); }).GetFunction(),
-                 "Zantor::ThrowSite::Widget::Lambda");
-    EXPECT_STREQ(Catch<StatusCodeException>([] {
-                     Widget w;
-                     w.m_throwOnDestruction = true;
-                 }).GetFunction(),
-                 "Zantor::ThrowSite::Widget::~Widget");
+    EXPECT_EQ(Catch<BaseException>([] { ThrowSite::Widget().Member(); }).ToString(), "thread already started");
+    EXPECT_EQ(Catch<StatusCodeException>([] { ThrowSite::GenericLambda(); }).ToString(), "busy");
 }
 
 TEST(ExceptionTest, ThrowPassesFurtherArgumentsToLocatedTypes)

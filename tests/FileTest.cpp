@@ -11,7 +11,9 @@
 #include <random>
 #include <string>
 
-#if !defined(_WIN32)
+#if defined(_WIN32)
+#include <windows.h>
+#else
 #include <unistd.h>
 #endif
 
@@ -386,6 +388,31 @@ TEST(FileTemporaryPath, FromTheSystem)
     EXPECT_TRUE(File::IsAbsolutePath(path)) << path;
     // GetTempPathA always ends the directory with a backslash.
     EXPECT_EQ(path.back(), '\\') << path;
+}
+
+// GetTemporaryPath gives what the system gives, which follows TMP; the
+// system ends the directory with a backslash whether TMP has one or not.
+TEST(FileTemporaryPath, FollowsTmp)
+{
+    ScratchDirectory scratch;
+    const std::string directory = scratch.Path().string();
+    char saved[1024] = {};
+    const DWORD savedLength = GetEnvironmentVariableA("TMP", saved, sizeof saved);
+    struct Row
+    {
+        int line;
+        std::string tmp;
+    };
+    const Row rows[] = {
+        {__LINE__, directory},
+        {__LINE__, directory + "\\"},
+    };
+    for (const Row& row : rows) {
+        ASSERT_TRUE(SetEnvironmentVariableA("TMP", row.tmp.c_str()));
+        const std::string path = File::GetTemporaryPath();
+        SetEnvironmentVariableA("TMP", savedLength > 0 && savedLength < sizeof saved ? saved : nullptr);
+        EXPECT_EQ(path, directory + "\\") << "row at line " << row.line;
+    }
 }
 
 #endif // _WIN32

@@ -6,9 +6,11 @@
 #include <atomic>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <regex>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -19,6 +21,7 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <sys/wait.h>
+#include <syslog.h>
 #include <unistd.h>
 #endif
 
@@ -233,54 +236,86 @@ TEST_F(LogMessageTest, NullInstallsSilenceNotThePrinter)
 
 std::atomic<unsigned> g_countA{0};
 std::atomic<unsigned> g_countB{0};
-std::atomic<unsigned> g_alertCount{0};
+std::atomic<unsigned> g_countC{0};
+std::atomic<unsigned> g_alertCountA{0};
+std::atomic<unsigned> g_alertCountB{0};
+
+// Count only the text the loggers send, so a hook that receives a wrong
+// pointer is not counted.
+bool IsLoggedText(const char* message)
+{
+    return message != nullptr && std::string_view(message) == "message";
+}
 
 void CountA(unsigned char, const char* message)
 {
-    if (message != nullptr && message[0] == 'm')
+    if (IsLoggedText(message))
         g_countA.fetch_add(1, std::memory_order_relaxed);
 }
 
 void CountB(unsigned char, const char* message)
 {
-    if (message != nullptr && message[0] == 'm')
+    if (IsLoggedText(message))
         g_countB.fetch_add(1, std::memory_order_relaxed);
 }
 
-void CountAlert(unsigned char, std::uint32_t, const char*)
+void CountC(unsigned char, const char* message)
 {
-    g_alertCount.fetch_add(1, std::memory_order_relaxed);
+    if (IsLoggedText(message))
+        g_countC.fetch_add(1, std::memory_order_relaxed);
 }
 
+void CountAlertA(unsigned char, std::uint32_t id, const char*)
+{
+    if (id == ALERT_ID_NO_DATA)
+        g_alertCountA.fetch_add(1, std::memory_order_relaxed);
+}
+
+void CountAlertB(unsigned char, std::uint32_t id, const char*)
+{
+    if (id == ALERT_ID_NO_DATA)
+        g_alertCountB.fetch_add(1, std::memory_order_relaxed);
+}
+
+// While one thread keeps replacing the hooks, every message of the loggers
+// reaches exactly one of the installed hooks: none is lost, none is
+// delivered twice.
 TEST_F(LogMessageTest, HooksReplacedWhileOtherThreadsLog)
 {
     g_countA = 0;
     g_countB = 0;
-    g_alertCount = 0;
+    g_countC = 0;
+    g_alertCountA = 0;
+    g_alertCountB = 0;
     SetLogMessageFunction(&CountA);
-    SetAlertMessageFunction(&CountAlert);
+    SetAlertMessageFunction(&CountAlertA);
 
     constexpr unsigned messagesPerThread = 20000;
     std::atomic<bool> loggersDone{false};
-    std::thread logger1([] {
+    std::atomic<bool> switching{false};
+    std::thread switcher([&loggersDone, &switching] {
+        static constexpr LogMessageFunction logHooks[] = {&CountA, &CountB, &CountC};
+        for (unsigned round = 0; !loggersDone.load(); ++round) {
+            SetLogMessageFunction(logHooks[round % 3]);
+            SetAlertMessageFunction(round % 2 == 0 ? &CountAlertB : &CountAlertA);
+            switching = true;
+        }
+    });
+    // The loggers start once the hooks are being replaced.
+    auto waitForSwitching = [&switching] {
+        while (!switching.load())
+            std::this_thread::yield();
+    };
+    std::thread logger1([&waitForSwitching] {
+        waitForSwitching();
         for (unsigned i = 0; i < messagesPerThread; ++i)
             LogMessage(LOG_TYPE_INFO, "message");
     });
-    std::thread logger2([] {
+    std::thread logger2([&waitForSwitching] {
+        waitForSwitching();
         for (unsigned i = 0; i < messagesPerThread; ++i) {
             LogMessage(LOG_TYPE_DEBUG, std::string("message"));
             AlertMessage(ALERT_TYPE_UPDATE, ALERT_ID_NO_DATA, "alert");
-        }
-    });
-    std::thread switcher([&loggersDone] {
-        unsigned round = 0;
-        while (!loggersDone.load()) {
-            switch (round++ % 3) {
-            case 0: SetLogMessageFunction(&CountB); break;
-            case 1: SetLogMessageFunction(nullptr); break;
-            default: SetLogMessageFunction(&CountA); break;
-            }
-            SetAlertMessageFunction(round % 2 == 0 ? &CountAlert : nullptr);
         }
     });
     logger1.join();
@@ -288,14 +323,8 @@ TEST_F(LogMessageTest, HooksReplacedWhileOtherThreadsLog)
     loggersDone = true;
     switcher.join();
 
-    // Every call went to exactly one of the installed functions.
-    EXPECT_LE(g_countA.load() + g_countB.load(), 2 * messagesPerThread);
-    EXPECT_LE(g_alertCount.load(), messagesPerThread);
-
-    SetLogMessageFunction(&CountA);
-    const unsigned before = g_countA.load();
-    LogMessage(LOG_TYPE_INFO, "message");
-    EXPECT_EQ(g_countA.load(), before + 1);
+    EXPECT_EQ(g_countA.load() + g_countB.load() + g_countC.load(), 2 * messagesPerThread);
+    EXPECT_EQ(g_alertCountA.load() + g_alertCountB.load(), messagesPerThread);
 }
 
 #if !defined(_WIN32)
@@ -420,6 +449,88 @@ TEST_F(LogMessageTest, ConsoleLinesGoToTheRightStream)
     }
 }
 
+// Sets the time zone so that the local time of the second `now` is
+// secondOfDay, and restores the previous zone when destroyed.
+class LocalTimeOfDay
+{
+public:
+    LocalTimeOfDay(std::time_t now, int secondOfDay)
+    {
+        const char* zone = std::getenv("TZ");
+        hadZone_ = zone != nullptr;
+        if (hadZone_)
+            savedZone_ = zone;
+        struct tm utc {};
+        ::gmtime_r(&now, &utc);
+        const int utcSecond = utc.tm_hour * 3600 + utc.tm_min * 60 + utc.tm_sec;
+        // A POSIX zone "XXX+hh:mm:ss" is that far west of UTC: local = UTC - offset.
+        const int offset = ((utcSecond - secondOfDay) % 86400 + 86400) % 86400;
+        char text[32];
+        std::snprintf(text, sizeof text, "ZZT+%02d:%02d:%02d", offset / 3600, offset / 60 % 60, offset % 60);
+        ::setenv("TZ", text, 1);
+        ::tzset();
+    }
+    ~LocalTimeOfDay()
+    {
+        if (hadZone_)
+            ::setenv("TZ", savedZone_.c_str(), 1);
+        else
+            ::unsetenv("TZ");
+        ::tzset();
+    }
+    LocalTimeOfDay(const LocalTimeOfDay&) = delete;
+    LocalTimeOfDay& operator=(const LocalTimeOfDay&) = delete;
+
+private:
+    bool hadZone_ = false;
+    std::string savedZone_;
+};
+
+// The exact console line at a chosen local time: each field is two digits
+// with a leading zero, followed by one blank, the message and a newline.
+TEST_F(LogMessageTest, ConsoleLineAtAChosenLocalTime)
+{
+    struct Row
+    {
+        int line;
+        bool alert;
+        unsigned char type;
+        int secondOfDay;
+        const char* printed;
+        bool toStandardError;
+    };
+    const Row rows[] = {
+        {__LINE__, false, LOG_TYPE_INFO, 9 * 3600 + 5 * 60 + 7, "09:05:07 x\n", false},
+        {__LINE__, false, LOG_TYPE_ERROR, 9 * 3600 + 5 * 60 + 7, "09:05:07 x\n", true},
+        {__LINE__, false, LOG_TYPE_WARNING, 0, "00:00:00 x\n", false},
+        {__LINE__, false, LOG_TYPE_DEBUG, 23 * 3600 + 59 * 60 + 59, "23:59:59 x\n", false},
+        {__LINE__, true, ALERT_TYPE_OPEN, 12 * 3600 + 1, "12:00:01 x\n", true},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(testing::Message() << "row at line " << row.line);
+        // The zone is set for the current second; a print that falls into
+        // the next second is repeated.
+        bool printedInTheSameSecond = false;
+        for (int attempt = 0; attempt < 5 && !printedInTheSameSecond; ++attempt) {
+            const std::time_t now = std::time(nullptr);
+            const LocalTimeOfDay zone(now, row.secondOfDay);
+            CapturedOutput output;
+            if (row.alert)
+                PrintfAlertMessage(row.type, ALERT_ID_MANUAL, "x");
+            else
+                PrintfLogMessage(row.type, "x");
+            output.Stop();
+            if (std::time(nullptr) != now)
+                continue;
+            printedInTheSameSecond = true;
+            EXPECT_EQ(row.toStandardError ? output.Err() : output.Out(), row.printed);
+            EXPECT_EQ(row.toStandardError ? output.Out() : output.Err(), "");
+        }
+        if (!printedInTheSameSecond)
+            GTEST_SKIP() << "every attempt crossed a second boundary";
+    }
+}
+
 TEST_F(LogMessageTest, DefaultHookPrintsThroughLogMessage)
 {
     SetLogMessageFunction(&PrintfLogMessage);
@@ -509,10 +620,14 @@ TEST(LogMessageSystemLog, ConsoleWhenStandardErrorIsAFile)
     EXPECT_TRUE(std::regex_match(text, pattern)) << text;
 }
 
-// Without a console the printers write to syslog(3). The child process gets
-// a mount namespace of its own with an empty /dev, where it binds the system
-// log socket itself, so the datagrams syslog sends can be read back: the
-// severity, the identity and the text "<program>: <message>" are checked.
+// Without a console the printers write to the system log. The child process
+// gets a mount namespace of its own with an empty /dev, where it binds the
+// system log socket itself, so the datagrams can be read back: the severity,
+// the identity and the text "<program>: <message>" are checked. The child
+// also logs through the C library's syslog(3) with an identity of its own,
+// before and after the library: that identity must survive, and the C
+// library's socket, which takes descriptor 2 once standard error is closed,
+// must not be mistaken for a console.
 // Exit code 77: the machine does not allow the namespace (no privilege).
 constexpr int kNoNamespace = 77;
 
@@ -528,6 +643,8 @@ int CaptureSystemLog(std::FILE* result)
     if (log < 0 || ::bind(log, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
         return 2;
     ::close(STDERR_FILENO); // no console
+    ::openlog("application", 0, LOG_LOCAL0);
+    ::syslog(LOG_NOTICE, "%s", "application line");
 
     PrintfLogMessage(LOG_TYPE_DEBUG, "debug line");
     PrintfLogMessage(LOG_TYPE_INFO, "info line");
@@ -535,6 +652,7 @@ int CaptureSystemLog(std::FILE* result)
     PrintfLogMessage(LOG_TYPE_ERROR, "error line");
     PrintfLogMessage(9, nullptr);
     PrintfAlertMessage(ALERT_TYPE_OPEN, ALERT_ID_PROCESS_DIE, "alert line");
+    ::syslog(LOG_NOTICE, "%s", "application again");
 
     char datagram[1024];
     ssize_t got;
@@ -579,22 +697,31 @@ TEST(LogMessageSystemLog, SeveritiesIdentityAndTextReachTheSystemLog)
     std::fclose(result);
 
     // LOG_USER is facility 1: priority 8 + LOG_INFO 6, LOG_WARNING 4, LOG_ERR 3.
-    const std::string identity = "ZANTOR\\[" + std::to_string(child) + "\\]: LogMessageTest: ";
+    // The application's LOG_LOCAL0 (16) notices are 128 + 5.
+    const std::string library = "ZANTOR\\[" + std::to_string(child) + "\\]: LogMessageTest: ";
+    const std::string application = "application: ";
     const struct
     {
         int line;
         int priority;
+        std::string identity;
         std::string message;
     } expected[] = {
-        {__LINE__, 14, "debug line"}, {__LINE__, 14, "info line"}, {__LINE__, 12, "warning line"},
-        {__LINE__, 11, "error line"}, {__LINE__, 14, ""},          {__LINE__, 11, "alert line"},
+        {__LINE__, 133, application, "application line"},
+        {__LINE__, 14, library, "debug line"},
+        {__LINE__, 14, library, "info line"},
+        {__LINE__, 12, library, "warning line"},
+        {__LINE__, 11, library, "error line"},
+        {__LINE__, 14, library, ""},
+        {__LINE__, 11, library, "alert line"},
+        {__LINE__, 133, application, "application again"},
     };
     ASSERT_EQ(lines.size(), std::size(expected));
     for (std::size_t i = 0; i < lines.size(); ++i)
     {
         SCOPED_TRACE(testing::Message() << "row at line " << expected[i].line);
         const std::regex pattern("^<" + std::to_string(expected[i].priority) + ">[A-Z][a-z]{2} [ 0-9][0-9] " +
-                                 "[0-9]{2}:[0-9]{2}:[0-9]{2} " + identity + expected[i].message + "$");
+                                 "[0-9]{2}:[0-9]{2}:[0-9]{2} " + expected[i].identity + expected[i].message + "$");
         EXPECT_TRUE(std::regex_match(lines[i], pattern)) << lines[i];
     }
 }

@@ -1,5 +1,5 @@
 // The default log and alert printers on Linux: a time-stamped line on the
-// console when standard error is a real output, syslog(3) otherwise.
+// console when standard error is a real output, the system log otherwise.
 #include "LogSink.h"
 
 #include <cerrno>
@@ -7,8 +7,11 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <exception>
+#include <mutex>
 #include <string>
 
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -18,12 +21,6 @@
 namespace Zantor::Detail {
 
 namespace {
-
-// The name the system log knows the middleware by.
-std::string GetEventLogName()
-{
-    return "ZANTOR";
-}
 
 // The executable's file name without directory and extension.
 std::string GetProgramBaseName()
@@ -49,22 +46,90 @@ std::string GetProgramBaseName()
     return name;
 }
 
-// Created on first use and never destroyed: openlog keeps a pointer to the
-// identity, and other threads may still log while the process exits.
-struct SystemLogState
+// The library's own connection to the system log: a datagram socket to
+// /dev/log carrying lines "<PRI>Mmm dd hh:mm:ss ZANTOR[pid]: program: message"
+// as syslog(3) writes them. It is not openlog/syslog because those are
+// process-wide: the library would replace the application's own syslog
+// identity. Its descriptor is kept above 2, so it never becomes the standard
+// error of a process that closed it. Created on first use and never
+// destroyed, as other threads may still log while the process exits.
+class SystemLog
 {
-    std::string identity;
-    std::string programName;
+public:
+    // Sends one line; reconnects once when the log daemon was restarted.
+    // A line that cannot be sent is dropped.
+    void Send(int priority, const char* message)
+    {
+        const std::string line = Format(priority, message);
+        const std::lock_guard<std::mutex> lock(mutex_);
+        for (int attempt = 0; attempt < 2; ++attempt)
+        {
+            if (socket_ < 0 && !Connect())
+                return;
+            if (::send(socket_, line.data(), line.size(), MSG_NOSIGNAL) >= 0)
+                return;
+            if (errno == EMSGSIZE || errno == ENOBUFS || errno == EAGAIN)
+                return; // too long or no room: the connection itself is fine
+            ::close(socket_);
+            socket_ = -1;
+        }
+    }
+
+private:
+    bool Connect()
+    {
+        int descriptor = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+        if (descriptor >= 0 && descriptor <= STDERR_FILENO)
+        {
+            const int moved = ::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+            ::close(descriptor);
+            descriptor = moved;
+        }
+        if (descriptor < 0)
+            return false;
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        std::strncpy(address.sun_path, _PATH_LOG, sizeof address.sun_path - 1);
+        if (::connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+        {
+            ::close(descriptor);
+            return false;
+        }
+        socket_ = descriptor;
+        return true;
+    }
+
+    std::string Format(int priority, const char* message) const
+    {
+        static constexpr const char* kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                                  "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+        const std::time_t now = std::time(nullptr);
+        struct tm local {};
+        if (::localtime_r(&now, &local) == nullptr)
+            local = tm{};
+        char header[64];
+        std::snprintf(header, sizeof header, "<%d>%s %2d %02d:%02d:%02d %s[%d]: ", LOG_USER | priority,
+                      kMonths[static_cast<unsigned>(local.tm_mon) % 12], local.tm_mday, local.tm_hour,
+                      local.tm_min, local.tm_sec, kIdentity, static_cast<int>(::getpid()));
+        std::string line(header);
+        line += programName_;
+        line += ": ";
+        line += message;
+        return line;
+    }
+
+    // The name the system log knows the middleware by.
+    static constexpr const char* kIdentity = "ZANTOR";
+
+    const std::string programName_ = GetProgramBaseName();
+    std::mutex mutex_;
+    int socket_ = -1;
 };
 
-const SystemLogState& GetSystemLogState()
+SystemLog& GetSystemLog()
 {
-    static const SystemLogState* const state = [] {
-        auto* created = new SystemLogState{GetEventLogName(), GetProgramBaseName()};
-        ::openlog(created->identity.c_str(), LOG_PID, LOG_USER);
-        return created;
-    }();
-    return *state;
+    static SystemLog* const log = new SystemLog;
+    return *log;
 }
 
 struct NullDevice
@@ -139,8 +204,15 @@ void WriteSystemLog(SystemLogSeverity severity, const char* message)
         priority = LOG_WARNING;
     else if (severity == SystemLogSeverity::Error)
         priority = LOG_ERR;
-    const SystemLogState& state = GetSystemLogState();
-    ::syslog(priority, "%s: %s", state.programName.c_str(), message);
+    try
+    {
+        GetSystemLog().Send(priority, message);
+    }
+    catch (const std::exception&)
+    {
+        // Out of memory or no thread resources: the message is lost, as any
+        // message the system log cannot take.
+    }
 }
 
 } // namespace Zantor::Detail

@@ -1,5 +1,6 @@
 // The default log and alert printers on Windows: a time-stamped line on the
 // console when the process has one, the Windows event log otherwise.
+#include "FilePathRules.h"
 #include "LogSink.h"
 
 #include <cstdio>
@@ -52,18 +53,16 @@ std::string GetEventLogName()
     return name;
 }
 
-// The executable's file name without directory and extension.
+// The executable's file name without directory and extension. The module
+// path may hold up to 260 characters, more than the runtime splitter's
+// directory buffer takes, so the library's own splitter (same results, no
+// length limits) breaks it up.
 std::string GetProgramBaseName()
 {
     // One spare character keeps a truncated name terminated.
     char path[MAX_PATH + 1] = {};
     GetModuleFileNameA(nullptr, path, MAX_PATH);
-    char drive[_MAX_DRIVE];
-    char directory[_MAX_DIR];
-    char baseName[_MAX_FNAME];
-    char extension[_MAX_EXT];
-    _splitpath(path, drive, directory, baseName, extension);
-    return baseName;
+    return SplitPathParts(path).baseName;
 }
 
 // Created once per process; the handle stays registered until the process

@@ -42,6 +42,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     Check(fileName.size() <= trimmed.size());
     Check(trimmed.compare(trimmed.size() - fileName.size(), fileName.size(), fileName) == 0);
     Check(directory.size() + fileName.size() <= trimmed.size());
+    // Between the two parts at most the one separator that ended the
+    // directory and was removed from it.
+    const std::size_t gap = trimmed.size() - directory.size() - fileName.size();
+    Check(gap <= 1);
+    if (gap == 1)
+        Check(trimmed[directory.size()] == '\\' || trimmed[directory.size()] == '/');
+    // A path without separators, drive or dot splits into the file name alone.
+    if (trimmed.find_first_of("\\/:.") == std::string::npos)
+        Check(directory.empty() && fileName == trimmed);
     Check(fileName.find_first_of("\\/") == std::string::npos);
     Check(File::IsFileNameOnly(path) == (directory.empty() && fileName == path));
 

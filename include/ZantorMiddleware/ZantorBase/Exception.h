@@ -65,7 +65,8 @@ public:
     virtual std::string ToString() const;
 
     // Writes the report: "<file name>:<function>:<line> - <ToString()>",
-    // without a newline, the file name stripped of its directory. With a
+    // without a newline, the file name stripped of its directory and the line
+    // in decimal whatever flags, width or locale the stream carries. With a
     // chain, " via:", a newline and the chained exceptions follow: those
     // behind the chain's head tail first, each followed by a newline, then the
     // head's own report, which repeats the exceptions behind the head. For

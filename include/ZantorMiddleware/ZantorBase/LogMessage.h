@@ -98,15 +98,17 @@ ZANTOR_BASE_API AlertMessageFunction GetAlertMessageFunction();
 //   cannot be registered (no rights to the Eventlog registry key) the message
 //   is dropped.
 // - Linux: the process has a console when standard error is an open
-//   descriptor that is not /dev/null, nor the system log's own socket
-//   (which takes descriptor 2 once a process has closed its standard
-//   error); checked on every call, so a process that redirects its
-//   standard error is followed at once. Otherwise
-//   syslog(3) is used (openlog is called once, on first use, with the
-//   identity "ZANTOR", LOG_PID and LOG_USER) with the text
-//   "<program>: <message>", where <program> is the executable's base name
-//   without extension; LOG_TYPE_WARNING maps to LOG_WARNING, LOG_TYPE_ERROR
-//   to LOG_ERR, every other log type to LOG_INFO, and alerts to LOG_ERR.
+//   descriptor that is not /dev/null, nor a syslog(3) socket (which takes
+//   descriptor 2 once a process has closed its standard error); checked on
+//   every call, so a process that redirects its standard error is followed
+//   at once. Otherwise the message goes to the system log socket (/dev/log)
+//   as syslog(3) would send it, with facility LOG_USER, the identity
+//   "ZANTOR[<pid>]" and the text "<program>: <message>", where <program> is
+//   the executable's base name without extension; LOG_TYPE_WARNING maps to
+//   LOG_WARNING, LOG_TYPE_ERROR to LOG_ERR, every other log type to
+//   LOG_INFO, and alerts to LOG_ERR. The library keeps its own connection
+//   (on a descriptor above 2) and never calls openlog, so an application's
+//   own syslog identity and facility stay as the application set them.
 // No failure is reported: a message that cannot be written is lost.
 ZANTOR_BASE_API void PrintfLogMessage(unsigned char logType, const char* message);
 ZANTOR_BASE_API void PrintfAlertMessage(unsigned char alertType, std::uint32_t alertId, const char* message);
