@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
+#include <cmath>
 #include <limits>
 #include <type_traits>
 
@@ -96,28 +98,68 @@ bool IsAcceptedReal(long double value, const long double* min, const long double
     return false;
 }
 
-// numerator / divisor in T, rounded once where the operands are exact in T.
+// numerator / 10^places rounded once to the nearest T (ties to even), for
+// a numerator too large to be exact in T. numerator / 10^places equals
+// (numerator / 5^places) * 2^-places, and the division by 5^places is done
+// in integers: the quotient is extended with binary fraction bits until it
+// has two bits more than T's mantissa, and a non-zero remainder is folded
+// into its lowest bit. The one conversion of that integer to T then rounds
+// exactly as the true quotient would; the scaling by a power of two is
+// exact. Dividing in a floating type instead would round twice (first to
+// the division's own precision, then to T) and miss the nearest value for
+// about one large numerator in ten thousand.
+template <typename T>
+T RoundedDecimalQuotient(std::uint64_t numerator, unsigned places) noexcept
+{
+    constexpr int targetBits = std::numeric_limits<T>::digits + 2;
+    static_assert(targetBits <= 64, "the quotient is built in 64 bits");
+    constexpr unsigned maxStep = 40; // a remainder below 5^9 < 2^21 shifted by 40 fits 64 bits
+    std::uint64_t powerOfFive = 1;
+    for (unsigned i = 0; i < places; ++i)
+        powerOfFive *= 5;
+    std::uint64_t quotient = numerator / powerOfFive;
+    std::uint64_t remainder = numerator % powerOfFive;
+    int scale = 0;
+    while (static_cast<int>(std::bit_width(quotient)) < targetBits)
+    {
+        const unsigned missing = static_cast<unsigned>(targetBits - static_cast<int>(std::bit_width(quotient)));
+        const unsigned step = std::min(missing, maxStep);
+        remainder <<= step;
+        quotient = (quotient << step) | (remainder / powerOfFive);
+        remainder %= powerOfFive;
+        scale += static_cast<int>(step);
+    }
+    if (remainder != 0)
+        quotient |= 1;
+    return std::ldexp(static_cast<T>(quotient), -(scale + static_cast<int>(places)));
+}
+
+// numerator / divisor (divisor = 10^places, places at most 9) rounded once
+// to the nearest T. When the numerator is exact in T the floating division
+// rounds once by itself (every divisor up to 10^9 is exact in every
+// floating type).
 template <typename T>
 T FractionToFloating(bool negative, std::uint64_t numerator, std::uint64_t divisor) noexcept
 {
+    constexpr int digits = std::numeric_limits<T>::digits;
     T result;
-    if constexpr (std::is_same_v<T, float>)
+    if constexpr (digits >= 64)
     {
-        if (numerator < (std::uint64_t{1} << 24))
-            result = static_cast<float>(numerator) / static_cast<float>(divisor);
-        else
-            result = static_cast<float>(FractionToFloating<double>(false, numerator, divisor));
-    }
-    else if constexpr (std::is_same_v<T, double>)
-    {
-        if (numerator <= (std::uint64_t{1} << 53))
-            result = static_cast<double>(numerator) / static_cast<double>(divisor);
-        else
-            result = static_cast<double>(FractionToFloating<long double>(false, numerator, divisor));
+        result = static_cast<T>(numerator) / static_cast<T>(divisor);
     }
     else
     {
-        result = static_cast<long double>(numerator) / static_cast<long double>(divisor);
+        if (numerator <= (std::uint64_t{1} << digits))
+        {
+            result = static_cast<T>(numerator) / static_cast<T>(divisor);
+        }
+        else
+        {
+            unsigned places = 0;
+            for (std::uint64_t power = divisor; power > 1; power /= 10)
+                ++places;
+            result = RoundedDecimalQuotient<T>(numerator, places);
+        }
     }
     return negative ? -result : result;
 }

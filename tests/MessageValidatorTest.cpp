@@ -783,6 +783,379 @@ TEST(MessageValidatorTest, DecimalAndHexadecimalRoundTripWithBuilder)
     EXPECT_TRUE(validator.IsAtEnd());
 }
 
+// ---- Every integer check, every width, both byte orders ----------------------
+
+// The integer families and their typed members.
+enum Family
+{
+    UDEC, // unsigned decimal text
+    SDEC, // signed decimal text
+    HEX,  // hexadecimal text
+    UBIN, // unsigned binary
+    SBIN  // signed binary
+};
+
+constexpr unsigned WHOLE = ~0u; // the size asked for is the field's size
+
+struct IntegerRow
+{
+    int line;
+    Family family;
+    Width width;
+    std::string field; // text or bytes; hexadecimal pairs and binary bytes most significant first
+    unsigned size;     // bytes asked for; WHOLE for the field's size
+    StatusCode status; // of the typed member
+    std::int64_t value; // the converted value, as its bit pattern for unsigned rows
+};
+
+bool HasByteOrder(Family family)
+{
+    return family == HEX || family == UBIN || family == SBIN;
+}
+
+// The same field in little-endian order: binary bytes reversed, hexadecimal
+// pairs reversed (an odd text is left as it is).
+std::string LittleEndian(Family family, const std::string& field)
+{
+    if (family == HEX)
+    {
+        if (field.size() % 2 != 0)
+            return field;
+        std::string reversed;
+        for (std::size_t i = field.size(); i >= 2; i -= 2)
+            reversed += field.substr(i - 2, 2);
+        return reversed;
+    }
+    return std::string(field.rbegin(), field.rend());
+}
+
+template <typename T>
+StatusCode Typed(Family family, MessageValidator& v, unsigned size, MessageHandler::Endian endian, T* value,
+                 const void** data, void* destination)
+{
+    const bool copy = destination != nullptr;
+    if constexpr (std::is_signed_v<T>)
+    {
+        if (family == SDEC)
+            return copy ? v.ValidateSignedAsciiIntegralCopy(size, value, destination)
+                        : v.ValidateSignedAsciiIntegral(size, value, data);
+        return copy ? v.ValidateSignedBinaryIntegralCopy(size, endian, value, destination)
+                    : v.ValidateSignedBinaryIntegral(size, endian, value, data);
+    }
+    else
+    {
+        if (family == UDEC)
+            return copy ? v.ValidateUnsignedAsciiIntegralCopy(size, value, destination)
+                        : v.ValidateUnsignedAsciiIntegral(size, value, data);
+        if (family == HEX)
+            return copy ? v.ValidateAsciiHexadecimalIntegralCopy(size, endian, value, destination)
+                        : v.ValidateAsciiHexadecimalIntegral(size, endian, value, data);
+        return copy ? v.ValidateUnsignedBinaryIntegralCopy(size, endian, value, destination)
+                    : v.ValidateUnsignedBinaryIntegral(size, endian, value, data);
+    }
+}
+
+// The 64-bit range member bounded by T's limits (the signed decimal limit is
+// symmetric, as the typed members are), the allowed-list member with the
+// row's value, and the member without conversion.
+template <typename T>
+StatusCode Ranged(Family family, MessageValidator& v, unsigned size, MessageHandler::Endian endian,
+                  std::int64_t* value)
+{
+    if constexpr (std::is_signed_v<T>)
+    {
+        const std::int64_t max = std::numeric_limits<T>::max();
+        if (family == SDEC)
+            return v.ValidateSignedAsciiIntegral(size, -max, max, value);
+        return v.ValidateSignedBinaryIntegral(size, endian, std::numeric_limits<T>::min(), max, value);
+    }
+    else
+    {
+        std::uint64_t converted = 0;
+        const std::uint64_t max = std::numeric_limits<T>::max();
+        StatusCode status;
+        if (family == UDEC)
+            status = v.ValidateUnsignedAsciiIntegral(size, 0, max, value != nullptr ? &converted : nullptr);
+        else if (family == HEX)
+            status = v.ValidateAsciiHexadecimalIntegral(size, endian, 0, max, value != nullptr ? &converted : nullptr);
+        else
+            status = v.ValidateUnsignedBinaryIntegral(size, endian, 0, max, value != nullptr ? &converted : nullptr);
+        if (status == OK && value != nullptr)
+            *value = static_cast<std::int64_t>(converted);
+        return status;
+    }
+}
+
+template <typename T>
+StatusCode Listed(Family family, MessageValidator& v, unsigned size, MessageHandler::Endian endian,
+                  std::int64_t listed)
+{
+    if constexpr (std::is_signed_v<T>)
+    {
+        const std::vector<std::int64_t> list = {listed};
+        std::int64_t value = 0;
+        return family == SDEC ? v.ValidateSignedAsciiIntegral(size, list, &value)
+                              : v.ValidateSignedBinaryIntegral(size, endian, list, &value);
+    }
+    else
+    {
+        const std::vector<std::uint64_t> list = {static_cast<std::uint64_t>(listed)};
+        std::uint64_t value = 0;
+        if (family == UDEC)
+            return v.ValidateUnsignedAsciiIntegral(size, list, &value);
+        if (family == HEX)
+            return v.ValidateAsciiHexadecimalIntegral(size, endian, list, &value);
+        return v.ValidateUnsignedBinaryIntegral(size, endian, list, &value);
+    }
+}
+
+StatusCode Unconverted(Family family, MessageValidator& v, unsigned size, MessageHandler::Endian endian)
+{
+    switch (family)
+    {
+    case UDEC: return v.ValidateUnsignedAsciiIntegral(size);
+    case SDEC: return v.ValidateSignedAsciiIntegral(size);
+    case HEX: return v.ValidateAsciiHexadecimalIntegral(size, endian);
+    case UBIN: return v.ValidateUnsignedBinaryIntegral(size, endian);
+    case SBIN: return v.ValidateSignedBinaryIntegral(size, endian);
+    }
+    return STATUS_CODE_UNKNOWN;
+}
+
+template <typename T>
+void RunIntegerRow(const IntegerRow& row)
+{
+    using Orders = std::vector<MessageHandler::Endian>;
+    const Orders orders = HasByteOrder(row.family) ? Orders{BE, LE} : Orders{LE};
+    for (const MessageHandler::Endian endian : orders)
+    {
+        SCOPED_TRACE(endian == BE ? "big-endian" : "little-endian");
+        const std::string field =
+            HasByteOrder(row.family) && endian == LE ? LittleEndian(row.family, row.field) : row.field;
+        const unsigned size = row.size == WHOLE ? Size(field) : row.size;
+        // One consumed byte before the field, so the cursor does not start at 0.
+        const std::string message = "#" + field;
+        for (const bool copyForm : {false, true})
+        {
+            SCOPED_TRACE(copyForm ? "Copy form" : "plain form");
+            MessageValidator validator = Over(message);
+            ASSERT_EQ(validator.ValidateBytes(1), OK);
+            T value = static_cast<T>(0x5A);
+            const void* data = &row;
+            char destination[32];
+            std::memset(destination, '.', sizeof destination);
+            const StatusCode status = Typed<T>(row.family, validator, size, endian, &value,
+                                               copyForm ? nullptr : &data, copyForm ? destination : nullptr);
+            EXPECT_EQ(status, row.status);
+            if (status == OK)
+            {
+                EXPECT_EQ(value, static_cast<T>(row.value));
+                EXPECT_EQ(validator.GetCursor(), 1 + size);
+                if (copyForm)
+                {
+                    EXPECT_EQ(std::string(destination, size), field.substr(0, size));
+                }
+                else
+                    EXPECT_EQ(data, message.data() + 1);
+            }
+            else
+            {
+                EXPECT_EQ(value, static_cast<T>(0x5A));
+                EXPECT_EQ(validator.GetCursor(), 1u);
+                EXPECT_EQ(data, &row);
+                EXPECT_EQ(destination[0], '.');
+            }
+        }
+        // The 64-bit range and list members agree with the typed member.
+        MessageValidator ranged = Over(message);
+        ASSERT_EQ(ranged.ValidateBytes(1), OK);
+        std::int64_t wide = 0x5A;
+        EXPECT_EQ(Ranged<T>(row.family, ranged, size, endian, &wide), row.status);
+        EXPECT_EQ(wide, row.status == OK ? row.value : 0x5A);
+        EXPECT_EQ(ranged.GetCursor(), row.status == OK ? 1 + size : 1u);
+        MessageValidator listed = Over(message);
+        ASSERT_EQ(listed.ValidateBytes(1), OK);
+        EXPECT_EQ(Listed<T>(row.family, listed, size, endian, row.value), row.status);
+        EXPECT_EQ(listed.GetCursor(), row.status == OK ? 1 + size : 1u);
+        // Without a conversion there is no overflow, and size 0 asks for nothing.
+        MessageValidator unconverted = Over(message);
+        ASSERT_EQ(unconverted.ValidateBytes(1), OK);
+        const StatusCode plainStatus = (row.status == RANGE || size == 0) ? OK : row.status;
+        EXPECT_EQ(Unconverted(row.family, unconverted, size, endian), plainStatus);
+        EXPECT_EQ(unconverted.GetCursor(), plainStatus == OK ? 1 + size : 1u);
+    }
+}
+
+std::string Bytes(std::initializer_list<unsigned char> bytes)
+{
+    return std::string(bytes.begin(), bytes.end());
+}
+
+TEST(MessageValidatorTest, IntegerChecksForEveryWidthAndByteOrder)
+{
+    const std::string nine = Bytes({0x01, 0, 0, 0, 0, 0, 0, 0, 0}); // 2^64: one byte too wide
+    const std::string ff = Bytes({0xFF});
+    const IntegerRow rows[] = {
+        // unsigned decimal: last value, next value, wrong character, past the end, size 0
+        {__LINE__, UDEC, W8, "255", WHOLE, OK, 255},
+        {__LINE__, UDEC, W8, "256", WHOLE, RANGE, 0},
+        {__LINE__, UDEC, W8, "25x", WHOLE, FORMAT, 0},
+        {__LINE__, UDEC, W8, "255", 4, PARAM, 0},
+        {__LINE__, UDEC, W8, "", 0, PARAM, 0},
+        {__LINE__, UDEC, W16, "65535", WHOLE, OK, 65535},
+        {__LINE__, UDEC, W16, "65536", WHOLE, RANGE, 0},
+        {__LINE__, UDEC, W16, "6553.", WHOLE, FORMAT, 0},
+        {__LINE__, UDEC, W16, "65535", 6, PARAM, 0},
+        {__LINE__, UDEC, W16, "", 0, PARAM, 0},
+        {__LINE__, UDEC, W32, "4294967295", WHOLE, OK, 4294967295},
+        {__LINE__, UDEC, W32, "4294967296", WHOLE, RANGE, 0},
+        {__LINE__, UDEC, W32, "42949672-5", WHOLE, FORMAT, 0},
+        {__LINE__, UDEC, W32, "4294967295", 11, PARAM, 0},
+        {__LINE__, UDEC, W32, "", 0, PARAM, 0},
+        {__LINE__, UDEC, W64, "18446744073709551615", WHOLE, OK, -1},
+        {__LINE__, UDEC, W64, "18446744073709551616", WHOLE, RANGE, 0},
+        {__LINE__, UDEC, W64, "1844674407370955161 ", WHOLE, FORMAT, 0},
+        {__LINE__, UDEC, W64, "18446744073709551615", 21, PARAM, 0},
+        {__LINE__, UDEC, W64, "", 0, PARAM, 0},
+        // signed decimal: both limits (symmetric), wrong character, past the end, size 0
+        {__LINE__, SDEC, W8, "127", WHOLE, OK, 127},
+        {__LINE__, SDEC, W8, "128", WHOLE, RANGE, 0},
+        {__LINE__, SDEC, W8, "-127", WHOLE, OK, -127},
+        {__LINE__, SDEC, W8, "-128", WHOLE, RANGE, 0},
+        {__LINE__, SDEC, W8, "1+2", WHOLE, FORMAT, 0},
+        {__LINE__, SDEC, W8, "-12", 4, PARAM, 0},
+        {__LINE__, SDEC, W8, "", 0, PARAM, 0},
+        {__LINE__, SDEC, W16, "32767", WHOLE, OK, 32767},
+        {__LINE__, SDEC, W16, "32768", WHOLE, RANGE, 0},
+        {__LINE__, SDEC, W16, "-32767", WHOLE, OK, -32767},
+        {__LINE__, SDEC, W16, "-32768", WHOLE, RANGE, 0},
+        {__LINE__, SDEC, W16, "--1", WHOLE, FORMAT, 0},
+        {__LINE__, SDEC, W16, "-32767", 7, PARAM, 0},
+        {__LINE__, SDEC, W16, "", 0, PARAM, 0},
+        {__LINE__, SDEC, W32, "2147483647", WHOLE, OK, 2147483647},
+        {__LINE__, SDEC, W32, "2147483648", WHOLE, RANGE, 0},
+        {__LINE__, SDEC, W32, "-2147483647", WHOLE, OK, -2147483647},
+        {__LINE__, SDEC, W32, "-2147483648", WHOLE, RANGE, 0},
+        {__LINE__, SDEC, W32, "-214748364-", WHOLE, FORMAT, 0},
+        {__LINE__, SDEC, W32, "-2147483647", 12, PARAM, 0},
+        {__LINE__, SDEC, W32, "", 0, PARAM, 0},
+        {__LINE__, SDEC, W64, "9223372036854775807", WHOLE, OK, 9223372036854775807},
+        {__LINE__, SDEC, W64, "9223372036854775808", WHOLE, RANGE, 0},
+        {__LINE__, SDEC, W64, "-9223372036854775807", WHOLE, OK, -9223372036854775807},
+        {__LINE__, SDEC, W64, "-9223372036854775808", WHOLE, RANGE, 0},
+        {__LINE__, SDEC, W64, "+922337203685477580x", WHOLE, FORMAT, 0},
+        {__LINE__, SDEC, W64, "-9223372036854775807", 21, PARAM, 0},
+        {__LINE__, SDEC, W64, "", 0, PARAM, 0},
+        // hexadecimal: last value, next value, a zero high byte, wrong
+        // character, odd, over-long (17 and 18 characters), past the end, size 0
+        {__LINE__, HEX, W8, "FF", WHOLE, OK, 0xFF},
+        {__LINE__, HEX, W8, "0100", WHOLE, RANGE, 0},
+        {__LINE__, HEX, W8, "00ff", WHOLE, OK, 0xFF},
+        {__LINE__, HEX, W8, "0g", WHOLE, FORMAT, 0},
+        {__LINE__, HEX, W8, "0FF", WHOLE, PARAM, 0},
+        {__LINE__, HEX, W8, "0000000000000000FF", WHOLE, PARAM, 0},
+        {__LINE__, HEX, W8, "FF", 4, PARAM, 0},
+        {__LINE__, HEX, W8, "", 0, PARAM, 0},
+        {__LINE__, HEX, W16, "FFFF", WHOLE, OK, 0xFFFF},
+        {__LINE__, HEX, W16, "010000", WHOLE, RANGE, 0},
+        {__LINE__, HEX, W16, "00FfFf", WHOLE, OK, 0xFFFF},
+        {__LINE__, HEX, W16, "FF:F", WHOLE, FORMAT, 0},
+        {__LINE__, HEX, W16, "FFFFF", WHOLE, PARAM, 0},
+        {__LINE__, HEX, W16, "00000000000000FFFF", WHOLE, PARAM, 0},
+        {__LINE__, HEX, W16, "FFFF", 6, PARAM, 0},
+        {__LINE__, HEX, W16, "", 0, PARAM, 0},
+        {__LINE__, HEX, W32, "FFFFFFFF", WHOLE, OK, 0xFFFFFFFF},
+        {__LINE__, HEX, W32, "0100000000", WHOLE, RANGE, 0},
+        {__LINE__, HEX, W32, "00FFFFFFFF", WHOLE, OK, 0xFFFFFFFF},
+        {__LINE__, HEX, W32, "FFFFFF@F", WHOLE, FORMAT, 0},
+        {__LINE__, HEX, W32, "FFFFFFFFF", WHOLE, PARAM, 0},
+        {__LINE__, HEX, W32, "0000000000FFFFFFFF", WHOLE, PARAM, 0},
+        {__LINE__, HEX, W32, "FFFFFFFF", 10, PARAM, 0},
+        {__LINE__, HEX, W32, "", 0, PARAM, 0},
+        {__LINE__, HEX, W64, "FFFFFFFFFFFFFFFF", WHOLE, OK, -1},
+        {__LINE__, HEX, W64, "8000000000000001", WHOLE, OK, std::numeric_limits<std::int64_t>::min() + 1},
+        {__LINE__, HEX, W64, "010000000000000000", WHOLE, PARAM, 0}, // 2^64 needs a ninth pair
+        {__LINE__, HEX, W64, "FFFFFFFFFFFFFFG0", WHOLE, FORMAT, 0},
+        {__LINE__, HEX, W64, "0FFFFFFFFFFFFFFFF", WHOLE, PARAM, 0},
+        {__LINE__, HEX, W64, "FFFFFFFFFFFFFF", 16, PARAM, 0},
+        {__LINE__, HEX, W64, "", 0, PARAM, 0},
+        // unsigned binary: last value, next value, a zero high byte, nine
+        // bytes, past the end, size 0
+        {__LINE__, UBIN, W8, ff, WHOLE, OK, 0xFF},
+        {__LINE__, UBIN, W8, Bytes({0x01, 0x00}), WHOLE, RANGE, 0},
+        {__LINE__, UBIN, W8, Bytes({0, 0, 0, 0, 0, 0, 0, 0xFF}), WHOLE, OK, 0xFF},
+        {__LINE__, UBIN, W8, nine, WHOLE, PARAM, 0},
+        {__LINE__, UBIN, W8, ff, 2, PARAM, 0},
+        {__LINE__, UBIN, W8, "", 0, PARAM, 0},
+        {__LINE__, UBIN, W16, Bytes({0xFF, 0xFF}), WHOLE, OK, 0xFFFF},
+        {__LINE__, UBIN, W16, Bytes({0x01, 0x00, 0x00}), WHOLE, RANGE, 0},
+        {__LINE__, UBIN, W16, Bytes({0x00, 0xFF, 0xFF}), WHOLE, OK, 0xFFFF},
+        {__LINE__, UBIN, W16, Bytes({0x80, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00}), WHOLE, RANGE, 0},
+        {__LINE__, UBIN, W16, nine, WHOLE, PARAM, 0},
+        {__LINE__, UBIN, W16, Bytes({0xFF, 0xFF}), 3, PARAM, 0},
+        {__LINE__, UBIN, W16, "", 0, PARAM, 0},
+        {__LINE__, UBIN, W32, Bytes({0xFF, 0xFF, 0xFF, 0xFF}), WHOLE, OK, 0xFFFFFFFF},
+        {__LINE__, UBIN, W32, Bytes({0x01, 0x00, 0x00, 0x00, 0x00}), WHOLE, RANGE, 0},
+        {__LINE__, UBIN, W32, Bytes({0x00, 0xFF, 0xFF, 0xFF, 0xFF}), WHOLE, OK, 0xFFFFFFFF},
+        {__LINE__, UBIN, W32, Bytes({0x12, 0x34, 0x56}), WHOLE, OK, 0x123456},
+        {__LINE__, UBIN, W32, nine, WHOLE, PARAM, 0},
+        {__LINE__, UBIN, W32, Bytes({0xFF, 0xFF, 0xFF, 0xFF}), 5, PARAM, 0},
+        {__LINE__, UBIN, W32, "", 0, PARAM, 0},
+        {__LINE__, UBIN, W64, Bytes({0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF}), WHOLE, OK, -1},
+        {__LINE__, UBIN, W64, Bytes({0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07, 0x08}), WHOLE, OK, 0x0102030405060708},
+        {__LINE__, UBIN, W64, Bytes({0x80, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00}), WHOLE, OK, 0x80000000000000},
+        {__LINE__, UBIN, W64, nine, WHOLE, PARAM, 0},
+        {__LINE__, UBIN, W64, Bytes({0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF}), 8, PARAM, 0},
+        {__LINE__, UBIN, W64, "", 0, PARAM, 0},
+        // signed binary: both limits and one past each (in a wider field),
+        // sign extension of a wider field, nine bytes, past the end, size 0
+        {__LINE__, SBIN, W8, Bytes({0x7F}), WHOLE, OK, 127},
+        {__LINE__, SBIN, W8, Bytes({0x00, 0x80}), WHOLE, RANGE, 0},
+        {__LINE__, SBIN, W8, Bytes({0x80}), WHOLE, OK, -128},
+        {__LINE__, SBIN, W8, Bytes({0xFF, 0x7F}), WHOLE, RANGE, 0},
+        {__LINE__, SBIN, W8, Bytes({0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x80}), WHOLE, OK, -128},
+        {__LINE__, SBIN, W8, nine, WHOLE, PARAM, 0},
+        {__LINE__, SBIN, W8, ff, 2, PARAM, 0},
+        {__LINE__, SBIN, W8, "", 0, PARAM, 0},
+        {__LINE__, SBIN, W16, Bytes({0x7F, 0xFF}), WHOLE, OK, 32767},
+        {__LINE__, SBIN, W16, Bytes({0x00, 0x80, 0x00}), WHOLE, RANGE, 0},
+        {__LINE__, SBIN, W16, Bytes({0x80, 0x00}), WHOLE, OK, -32768},
+        {__LINE__, SBIN, W16, Bytes({0xFF, 0x7F, 0xFF}), WHOLE, RANGE, 0},
+        {__LINE__, SBIN, W16, Bytes({0xFF, 0xFF, 0xFE}), WHOLE, OK, -2},
+        {__LINE__, SBIN, W16, nine, WHOLE, PARAM, 0},
+        {__LINE__, SBIN, W16, Bytes({0x7F, 0xFF}), 3, PARAM, 0},
+        {__LINE__, SBIN, W16, "", 0, PARAM, 0},
+        {__LINE__, SBIN, W32, Bytes({0x7F, 0xFF, 0xFF, 0xFF}), WHOLE, OK, 2147483647},
+        {__LINE__, SBIN, W32, Bytes({0x00, 0x80, 0x00, 0x00, 0x00}), WHOLE, RANGE, 0},
+        {__LINE__, SBIN, W32, Bytes({0x80, 0x00, 0x00, 0x00}), WHOLE, OK, -2147483647 - 1},
+        {__LINE__, SBIN, W32, Bytes({0xFF, 0x7F, 0xFF, 0xFF, 0xFF}), WHOLE, RANGE, 0},
+        {__LINE__, SBIN, W32, Bytes({0x80, 0x00, 0x00}), WHOLE, OK, -8388608},
+        {__LINE__, SBIN, W32, nine, WHOLE, PARAM, 0},
+        {__LINE__, SBIN, W32, Bytes({0x7F, 0xFF, 0xFF, 0xFF}), 5, PARAM, 0},
+        {__LINE__, SBIN, W32, "", 0, PARAM, 0},
+        {__LINE__, SBIN, W64, Bytes({0x7F, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF}), WHOLE, OK,
+         std::numeric_limits<std::int64_t>::max()},
+        {__LINE__, SBIN, W64, Bytes({0x80, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00}), WHOLE, OK,
+         std::numeric_limits<std::int64_t>::min()},
+        {__LINE__, SBIN, W64, Bytes({0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF}), WHOLE, OK, -1},
+        {__LINE__, SBIN, W64, nine, WHOLE, PARAM, 0},
+        {__LINE__, SBIN, W64, Bytes({0x80, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00}), 8, PARAM, 0},
+        {__LINE__, SBIN, W64, "", 0, PARAM, 0},
+    };
+    for (const IntegerRow& row : rows)
+    {
+        SCOPED_TRACE("row at line " + std::to_string(row.line));
+        const bool isSigned = row.family == SDEC || row.family == SBIN;
+        switch (row.width)
+        {
+        case W8: isSigned ? RunIntegerRow<signed char>(row) : RunIntegerRow<unsigned char>(row); break;
+        case W16: isSigned ? RunIntegerRow<short>(row) : RunIntegerRow<unsigned short>(row); break;
+        case W32: isSigned ? RunIntegerRow<int>(row) : RunIntegerRow<unsigned int>(row); break;
+        case W64: isSigned ? RunIntegerRow<long long>(row) : RunIntegerRow<unsigned long long>(row); break;
+        }
+    }
+}
+
 // ---- Reals -------------------------------------------------------------------
 
 struct RealRow
@@ -914,6 +1287,57 @@ TEST(MessageValidatorTest, RealTypedRangeAndList)
     EXPECT_EQ(d, 9007199254740992.0);
     EXPECT_EQ(large.ValidateUnsignedAsciiReal(19, &l), OK);
     EXPECT_EQ(l, 123456789123456789.0L / 1000000000.0L);
+}
+
+TEST(MessageValidatorTest, TypedRealsRoundOnceToTheNearestValue)
+{
+    // Numerators too large to be exact in float or double. Dividing in a
+    // wider floating type rounds twice and can miss the nearest value by one
+    // unit in the last place; the expected values are the nearest ones,
+    // written exactly.
+    struct Row
+    {
+        int line;
+        std::string text;
+        float nearestFloat;
+        double nearestDouble;
+        bool fitsSigned; // the numerator is at most 2^63-1
+    };
+    const Row rows[] = {
+        {__LINE__, "18014399583223809", 0x1.000002p+54f, 0x1.000001p+54, true}, // 2^54+2^30+1: just above a float tie
+        {__LINE__, "1105512597651.942749", 0x1.0165bp+40f, 0x1.0165af8893f15p+40, true},
+        {__LINE__, "410766920.195533067", 0x1.87bce4p+28f, 0x1.87bce48320e75p+28, true},
+        {__LINE__, "77689577497.350914", 0x1.216a8ep+36f, 0x1.216a8e01959d5p+36, true},
+        {__LINE__, "9007199254740993", 0x1p+53f, 0x1p+53, true},                 // a double tie, to even (down)
+        {__LINE__, "9007199254740995", 0x1p+53f, 0x1.0000000000002p+53, true},   // a double tie, to even (up)
+        {__LINE__, "18446744073.709551615", 0x1.12e0bep+34f, 0x1.12e0be826d695p+34, false},
+        {__LINE__, "18446744073709551615", 0x1p+64f, 0x1p+64, false},
+        {__LINE__, "16777217", 0x1p+24f, 0x1.000001p+24, true},                  // a float tie, to even
+        {__LINE__, "0.1", 0x1.99999ap-4f, 0x1.999999999999ap-4, true},
+        {__LINE__, "0.000000001", 0x1.12e0bep-30f, 0x1.12e0be826d695p-30, true},
+    };
+    for (const Row& row : rows)
+    {
+        SCOPED_TRACE("row at line " + std::to_string(row.line) + ": " + row.text);
+        float f = 0;
+        double d = 0;
+        MessageValidator validator = Over(row.text);
+        EXPECT_EQ(validator.ValidateUnsignedAsciiReal(Size(row.text), &f), OK);
+        EXPECT_EQ(f, row.nearestFloat);
+        MessageValidator again = Over(row.text);
+        EXPECT_EQ(again.ValidateUnsignedAsciiRealCopy(Size(row.text), &d, nullptr), OK);
+        EXPECT_EQ(d, row.nearestDouble);
+        const std::string negative = "-" + row.text;
+        MessageValidator signedValidator = Over(negative);
+        EXPECT_EQ(signedValidator.ValidateSignedAsciiReal(Size(negative), &f), row.fitsSigned ? OK : RANGE);
+        MessageValidator signedAgain = Over(negative);
+        EXPECT_EQ(signedAgain.ValidateSignedAsciiReal(Size(negative), &d), row.fitsSigned ? OK : RANGE);
+        if (row.fitsSigned)
+        {
+            EXPECT_EQ(f, -row.nearestFloat);
+            EXPECT_EQ(d, -row.nearestDouble);
+        }
+    }
 }
 
 TEST(MessageValidatorTest, RealTextsOfRationalFields)

@@ -45,8 +45,10 @@
 //   a tenth fraction digit is STATUS_CODE_OUT_OF_RANGE). The numerator is
 //   the digits without the point as a 64-bit integer (unsigned: at most
 //   2^64-1; signed: magnitude at most 2^63-1, else STATUS_CODE_OUT_OF_RANGE),
-//   the divisor 10^(fraction digits). Values, ranges and lists compare
-//   numerator / divisor computed in long double;
+//   the divisor 10^(fraction digits). Typed float, double and long double
+//   members receive numerator / divisor rounded once to the nearest value of
+//   their type (ties to even), as strtod would; range and list members
+//   compare the quotient rounded to long double;
 // - string: the field's size delimits the text; all size bytes, zero bytes
 //   included, make the std::string.
 #pragma once
