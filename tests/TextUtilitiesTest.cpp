@@ -141,6 +141,7 @@ protected:
         SetVariable("ZT_BETA", "two words");
         SetVariable("ZT_PERCENT", "%ZT_ALPHA%");
         SetVariable("ZT_LONG", std::string(1000, 'L').c_str());
+        SetVariable("ZT_500", std::string(500, 'F').c_str());
     }
 };
 
@@ -184,6 +185,66 @@ TEST_F(ReplaceEnvironmentVariablesTest, ExpansionRules)
     CheckRows(rows, sizeof rows / sizeof rows[0]);
 }
 
+// Windows expands into 512 characters first (the reported length counts
+// the terminating zero) and into twice the reported length when that is
+// too small: results on both sides of each step.
+TEST_F(ReplaceEnvironmentVariablesTest, ResultsAroundTheBufferSizes)
+{
+    const std::string value(500, 'F');
+    for (std::size_t length : {510u, 511u, 512u, 513u, 1023u, 1024u, 1025u, 2049u})
+    {
+        SCOPED_TRACE(length);
+        const std::string lead(length - 500, 'x');
+        std::string out;
+        ASSERT_TRUE(ReplaceEnvironmentVariables(lead + "%ZT_500%", out));
+        EXPECT_EQ(lead + value, out);
+        ASSERT_TRUE(ReplaceEnvironmentVariables(lead, out));
+        EXPECT_EQ(lead, out);
+    }
+    // The expansion is what makes the result long.
+    std::string in;
+    for (int i = 0; i < 5; ++i)
+        in += "%ZT_500%.";
+    std::string out;
+    ASSERT_TRUE(ReplaceEnvironmentVariables(in, out));
+    std::string expected;
+    for (int i = 0; i < 5; ++i)
+        expected += value + ".";
+    EXPECT_EQ(expected, out);
+}
+
+// The text is read as a C string on every platform: a zero character ends
+// it.
+TEST_F(ReplaceEnvironmentVariablesTest, ZeroCharacterEndsTheText)
+{
+    struct Row
+    {
+        int line;
+        std::string in;
+        std::string expected;
+    };
+    const Row zeros[] = {
+        {__LINE__, std::string("ab\0cd", 5), "ab"},
+        {__LINE__, std::string("%ZT_ALPHA%\0%ZT_BETA%", 20), "one"},
+        {__LINE__, std::string("%ZT_\0ALPHA%", 11), "%ZT_"},
+        {__LINE__, std::string("\0%ZT_ALPHA%", 11), ""},
+    };
+    for (const Row& row : zeros)
+    {
+        SCOPED_TRACE(row.line);
+        std::string out = "previous contents";
+        ASSERT_TRUE(ReplaceEnvironmentVariables(row.in, out));
+        EXPECT_EQ(row.expected, out);
+    }
+}
+
+TEST_F(ReplaceEnvironmentVariablesTest, OutMayBeIn)
+{
+    std::string text = "a%ZT_ALPHA%b%ZT_UNKNOWN_NAME%c";
+    ASSERT_TRUE(ReplaceEnvironmentVariables(text, text));
+    EXPECT_EQ("aoneb%ZT_UNKNOWN_NAME%c", text);
+}
+
 #ifndef _WIN32
 TEST_F(ReplaceEnvironmentVariablesTest, LinuxNameMatching)
 {
@@ -199,11 +260,6 @@ TEST_F(ReplaceEnvironmentVariablesTest, LinuxNameMatching)
         {__LINE__, "%%%", "%%%"},
     };
     CheckRows(rows, sizeof rows / sizeof rows[0]);
-
-    std::string out;
-    const std::string withZero("%ZT_\0ALPHA%", 11);
-    ASSERT_TRUE(ReplaceEnvironmentVariables(withZero, out));
-    EXPECT_EQ(withZero, out);
 }
 #endif
 

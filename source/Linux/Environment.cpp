@@ -1,7 +1,7 @@
 // %NAME% expansion on Linux, with the observable rules of Windows'
 // ExpandEnvironmentStringsA: known names are replaced, unknown names, "%%"
-// and an unmatched % stay as written. Names are matched exactly
-// (case-sensitively) through getenv.
+// and an unmatched % stay as written; the text ends at its first zero
+// character. Names are matched exactly (case-sensitively) through getenv.
 #include <ZantorMiddleware/ZantorBase/TextUtilities.h>
 
 #include <cstdlib>
@@ -14,11 +14,11 @@ namespace Zantor {
 namespace {
 
 // The value of the variable called name, or null. An empty name, or one
-// holding '=' or a zero character, names no variable (getenv would match a
-// prefix of another entry for "A=B").
+// holding '=', names no variable (getenv would match a prefix of another
+// entry for "A=B").
 const char* FindVariable(std::string_view name)
 {
-    if (name.empty() || name.find('=') != std::string_view::npos || name.find('\0') != std::string_view::npos)
+    if (name.empty() || name.find('=') != std::string_view::npos)
         return nullptr;
     const std::string key(name);
     return std::getenv(key.c_str());
@@ -30,9 +30,11 @@ bool ReplaceEnvironmentVariables(const std::string& in, std::string& out)
 {
     try
     {
+        // The expansion works on a C string, as ExpandEnvironmentStringsA
+        // does: a zero character ends the text.
+        const std::string_view text(in.c_str());
         std::string result;
-        result.reserve(in.size());
-        const std::string_view text(in);
+        result.reserve(text.size());
         std::size_t position = 0;
         while (position < text.size())
         {

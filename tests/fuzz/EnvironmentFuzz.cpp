@@ -1,6 +1,7 @@
 // Fuzzes the %NAME% expansion with a few variables set, against a plain
 // second implementation of the same rules: known names replaced, unknown
-// names, "%%" and an unmatched % kept as written.
+// names, "%%" and an unmatched % kept as written, the text ending at its
+// first zero character.
 #include <ZantorMiddleware/ZantorBase/TextUtilities.h>
 
 #include <cstdint>
@@ -24,8 +25,10 @@ const std::map<std::string, std::string>& Variables()
     return variables;
 }
 
-std::string Expand(const std::string& in)
+// The expansion reads its text as a C string: a zero character ends it.
+std::string Expand(const std::string& whole)
 {
+    const std::string in = whole.substr(0, whole.find('\0'));
     const auto& variables = Variables();
     std::string out;
     std::size_t i = 0;
@@ -75,7 +78,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     std::string out = "unchanged";
     if (!Zantor::ReplaceEnvironmentVariables(in, out))
         std::abort();
-    if (in.find('%') == std::string::npos && out != in)
+    const std::string text = in.substr(0, in.find('\0'));
+    if (text.find('%') == std::string::npos && out != text)
         std::abort();
     if (predictable && out != Expand(in))
         std::abort();

@@ -29,8 +29,12 @@ namespace Zantor {
 
 class MessageBuilder;
 
-// The widest line: a 72-byte line of 3.25 * 72 + 18 = 252 characters still
-// fits the dump's 256-character line.
+// A line keeps at most 255 characters before its ending (it is formatted
+// into 256 characters, the terminating zero included); what lies beyond is
+// dropped. A line of n bytes needs 18 + 3.25 * n characters, so 72 is the
+// widest multiple of 4 whose lines are written whole. Up to 104 bytes per
+// line only the text column is cut and the dump still reads back; wider
+// lines lose hex digits too.
 inline constexpr unsigned HEX_DUMP_MAX_BYTES_PER_LINE = 72;
 
 // Returns the dump of size bytes at data with bytesPerLine bytes per line:
@@ -38,11 +42,12 @@ inline constexpr unsigned HEX_DUMP_MAX_BYTES_PER_LINE = 72;
 // not 0 and more lines would follow the maxLines-th line, that line ends in
 // " ..." and File::GetEndOfLine() instead, and the dump stops there.
 // Returns the empty string when bytesPerLine or size is 0, or data is null.
-// A bytesPerLine above HEX_DUMP_MAX_BYTES_PER_LINE is treated as that
-// maximum, so every byte is still dumped.
+// Every line is cut at 255 characters (see HEX_DUMP_MAX_BYTES_PER_LINE).
 // When bytesPerLine is not a multiple of 4 a full line's hex column is one
 // character wider than its field and loses its last hex digit; only dumps
-// with a multiple of 4 bytes per line read back completely.
+// with a multiple of 4 bytes per line, at most 104, read back completely.
+// Throws std::length_error (or std::bad_alloc) when the dump does not fit
+// in memory, as building any string does.
 ZANTOR_BASE_API std::string BufferToHexDumpString(const void* data, unsigned size, unsigned bytesPerLine, unsigned maxLines);
 
 // Writes BufferToHexDumpString(data, size, 16, 0) to os.

@@ -34,14 +34,14 @@ ZANTOR_BASE_API unsigned Vsnprintf(char* buffer, unsigned size, const char* form
 // and stores the result in out; returns true. Text without references is
 // copied unchanged. A reference to an unknown variable is left as written,
 // % signs included; a % without a closing % is left as it is, and so is
-// "%%" (an empty name).
+// "%%" (an empty name). in is read as a C string: a zero character ends
+// it, and nothing behind it reaches out.
 // On Windows the expansion is done by ExpandEnvironmentStringsA (names are
 // case-insensitive there). On Linux the library expands with the same
 // rules: names are matched exactly and case-sensitively (getenv); a name
-// holding '=' or a zero character is never a variable and stays as
-// written; values are not expanded again; after an unknown name its closing
-// % may open the next reference, so with A unset and B=x, "%A%B%" gives
-// "%Ax".
+// holding '=' is never a variable and stays as written; values are not
+// expanded again; after an unknown name its closing % may open the next
+// reference, so with A unset and B=x, "%A%B%" gives "%Ax".
 // Returns false when the expansion fails (on Windows the system call fails
 // or the result does not fit twice the reported length; anywhere, memory
 // runs out); out is then unchanged.
