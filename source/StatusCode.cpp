@@ -1,9 +1,13 @@
-// Status code texts and the OS error to status code table. Portable: the
-// platform part (OsErrorToString, GetLastOsError) is in source/<platform>/.
+// Status code texts, the OS error to status code table and the OS error
+// text. Portable: the system's own error texts and GetLastOsError are in
+// source/<platform>/OsError.cpp.
 #include <ZantorMiddleware/ZantorBase/StatusCode.h>
+
+#include "SystemErrorText.h"
 
 #include <array>
 #include <cstdio>
+#include <locale>
 
 namespace Zantor {
 
@@ -170,6 +174,22 @@ StatusCode OsErrorToStatusCode(std::uint32_t osError, unsigned char defaultStatu
             return mapping.status;
     }
     return defaultStatusCode;
+}
+
+std::string OsErrorToString(std::uint32_t osError)
+{
+    std::string text;
+    if (Detail::GetSystemErrorText(osError, text))
+    {
+        // System texts end in a line break (Windows) that callers never want.
+        const std::locale locale;
+        while (!text.empty() && std::isspace(text.back(), locale))
+            text.pop_back();
+        return text;
+    }
+    char fallback[32];
+    std::snprintf(fallback, sizeof fallback, "error %u", static_cast<unsigned>(osError));
+    return fallback;
 }
 
 } // namespace Zantor

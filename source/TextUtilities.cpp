@@ -1,9 +1,13 @@
-// Bounded formatting and quoted string lists. The environment expansion is
-// platform code (source/<Platform>/Environment.cpp).
+// Bounded formatting, environment expansion and quoted string lists. The
+// expansion itself is platform code (source/<platform>/Environment.cpp).
 #include <ZantorMiddleware/ZantorBase/TextUtilities.h>
+
+#include "Environment.h"
 
 #include <cstdio>
 #include <cstring>
+#include <new>
+#include <stdexcept>
 
 namespace Zantor {
 
@@ -31,6 +35,28 @@ unsigned Vsnprintf(char* buffer, unsigned size, const char* format, va_list args
     if (static_cast<unsigned>(reported) >= size)
         return size - 1;
     return static_cast<unsigned>(reported);
+}
+
+bool ReplaceEnvironmentVariables(const std::string& in, std::string& out)
+{
+    try
+    {
+        // A C string on every platform: a zero character ends the text, as
+        // it does for the Windows call.
+        std::string expanded;
+        if (!Detail::ExpandEnvironmentReferences(in.c_str(), expanded))
+            return false;
+        out.swap(expanded);
+        return true;
+    }
+    catch (const std::bad_alloc&)
+    {
+        return false;
+    }
+    catch (const std::length_error&)
+    {
+        return false;
+    }
 }
 
 std::string StringListToString(const char* const* list, unsigned count, const char* lastSeparator)

@@ -1,15 +1,13 @@
 // %NAME% expansion on Linux, with the observable rules of Windows'
 // ExpandEnvironmentStringsA: known names are replaced, unknown names, "%%"
-// and an unmatched % stay as written; the text ends at its first zero
-// character. Names are matched exactly (case-sensitively) through getenv.
-#include <ZantorMiddleware/ZantorBase/TextUtilities.h>
+// and an unmatched % stay as written. Names are matched exactly
+// (case-sensitively) through getenv.
+#include "Environment.h"
 
 #include <cstdlib>
-#include <new>
-#include <stdexcept>
 #include <string_view>
 
-namespace Zantor {
+namespace Zantor::Detail {
 
 namespace {
 
@@ -26,59 +24,44 @@ const char* FindVariable(std::string_view name)
 
 } // namespace
 
-bool ReplaceEnvironmentVariables(const std::string& in, std::string& out)
+bool ExpandEnvironmentReferences(const char* characters, std::string& result)
 {
-    try
+    const std::string_view text(characters);
+    result.reserve(text.size());
+    std::size_t position = 0;
+    while (position < text.size())
     {
-        // The expansion works on a C string, as ExpandEnvironmentStringsA
-        // does: a zero character ends the text.
-        const std::string_view text(in.c_str());
-        std::string result;
-        result.reserve(text.size());
-        std::size_t position = 0;
-        while (position < text.size())
+        const std::size_t percent = text.find('%', position);
+        if (percent == std::string_view::npos)
         {
-            const std::size_t percent = text.find('%', position);
-            if (percent == std::string_view::npos)
-            {
-                result.append(text.substr(position));
-                break;
-            }
-            result.append(text.substr(position, percent - position));
-            const std::size_t closing = text.find('%', percent + 1);
-            if (closing == std::string_view::npos)
-            {
-                // No closing %: the rest is copied as it is.
-                result.append(text.substr(percent));
-                break;
-            }
-            const char* value = FindVariable(text.substr(percent + 1, closing - percent - 1));
-            if (value != nullptr)
-            {
-                result.append(value);
-                position = closing + 1;
-            }
-            else
-            {
-                // Keep the % and go on at the closing %, which may open the
-                // next reference.
-                result.push_back('%');
-                position = percent + 1;
-                result.append(text.substr(position, closing - position));
-                position = closing;
-            }
+            result.append(text.substr(position));
+            break;
         }
-        out.swap(result);
-        return true;
+        result.append(text.substr(position, percent - position));
+        const std::size_t closing = text.find('%', percent + 1);
+        if (closing == std::string_view::npos)
+        {
+            // No closing %: the rest is copied as it is.
+            result.append(text.substr(percent));
+            break;
+        }
+        const char* value = FindVariable(text.substr(percent + 1, closing - percent - 1));
+        if (value != nullptr)
+        {
+            result.append(value);
+            position = closing + 1;
+        }
+        else
+        {
+            // Keep the % and go on at the closing %, which may open the
+            // next reference.
+            result.push_back('%');
+            position = percent + 1;
+            result.append(text.substr(position, closing - position));
+            position = closing;
+        }
     }
-    catch (const std::bad_alloc&)
-    {
-        return false;
-    }
-    catch (const std::length_error&)
-    {
-        return false;
-    }
+    return true;
 }
 
-} // namespace Zantor
+} // namespace Zantor::Detail

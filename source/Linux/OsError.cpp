@@ -1,6 +1,7 @@
 // OS error numbers on Linux: errno values translated into Win32 numbers and
 // described through strerror. The one errno/Win32 table of the library.
 #include "Linux/OsErrorLinux.h"
+#include "SystemErrorText.h"
 
 #include <ZantorMiddleware/ZantorBase/StatusCode.h>
 
@@ -8,7 +9,6 @@
 #include <cstdio>
 #include <cstring>
 #include <iterator>
-#include <locale>
 #include <string.h>
 
 namespace Zantor {
@@ -200,25 +200,17 @@ int OsErrorToErrno(std::uint32_t osError) noexcept
     return -1;
 }
 
-std::string OsErrorToString(std::uint32_t osError)
+bool Detail::GetSystemErrorText(std::uint32_t osError, std::string& text)
 {
     const int errnoValue = OsErrorToErrno(osError);
-    if (errnoValue >= 0 && IsKnownErrno(errnoValue))
-    {
-        char buffer[256];
-        const char* text = StrerrorResult(::strerror_r(errnoValue, buffer, sizeof buffer), buffer);
-        if (text != nullptr && *text != '\0')
-        {
-            std::string result(text);
-            const std::locale locale;
-            while (!result.empty() && std::isspace(result.back(), locale))
-                result.pop_back();
-            return result;
-        }
-    }
-    char text[32];
-    std::snprintf(text, sizeof text, "error %u", static_cast<unsigned>(osError));
-    return text;
+    if (errnoValue < 0 || !IsKnownErrno(errnoValue))
+        return false;
+    char buffer[256];
+    const char* result = StrerrorResult(::strerror_r(errnoValue, buffer, sizeof buffer), buffer);
+    if (result == nullptr || *result == '\0')
+        return false;
+    text = result;
+    return true;
 }
 
 std::uint32_t GetLastOsError()

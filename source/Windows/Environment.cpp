@@ -1,52 +1,39 @@
 // %NAME% expansion on Windows through ExpandEnvironmentStringsA: first into
 // a local buffer of 512 characters, then, when the reported length is
 // larger, into a heap buffer of twice the reported length.
-#include <ZantorMiddleware/ZantorBase/TextUtilities.h>
+#include "Environment.h"
 
 #include <windows.h>
 
 #include <memory>
-#include <new>
-#include <stdexcept>
 
-namespace Zantor {
+namespace Zantor::Detail {
 
 namespace {
 constexpr DWORD kLocalBufferSize = 512;
 }
 
-bool ReplaceEnvironmentVariables(const std::string& in, std::string& out)
+bool ExpandEnvironmentReferences(const char* text, std::string& expanded)
 {
-    try
+    char local[kLocalBufferSize];
+    const DWORD reported = ExpandEnvironmentStringsA(text, local, kLocalBufferSize);
+    if (reported == 0)
+        return false;
+    if (reported <= kLocalBufferSize)
     {
-        char local[kLocalBufferSize];
-        const DWORD reported = ExpandEnvironmentStringsA(in.c_str(), local, kLocalBufferSize);
-        if (reported == 0)
-            return false;
-        if (reported <= kLocalBufferSize)
-        {
-            out.assign(local);
-            return true;
-        }
-
-        if (reported > 0x7FFFFFFFu)
-            return false;
-        const DWORD size = 2 * reported;
-        std::unique_ptr<char[]> heap(new char[size]);
-        const DWORD second = ExpandEnvironmentStringsA(in.c_str(), heap.get(), size);
-        if (second == 0 || second > size)
-            return false;
-        out.assign(heap.get());
+        expanded.assign(local);
         return true;
     }
-    catch (const std::bad_alloc&)
-    {
+
+    if (reported > 0x7FFFFFFFu)
         return false;
-    }
-    catch (const std::length_error&)
-    {
+    const DWORD size = 2 * reported;
+    std::unique_ptr<char[]> heap(new char[size]);
+    const DWORD second = ExpandEnvironmentStringsA(text, heap.get(), size);
+    if (second == 0 || second > size)
         return false;
-    }
+    expanded.assign(heap.get());
+    return true;
 }
 
-} // namespace Zantor
+} // namespace Zantor::Detail
