@@ -672,12 +672,10 @@ ZANTOR_VALIDATOR_TYPED(long long)
 
 // ---- Decimal reals ------------------------------------------------------------
 
-StatusCode MessageValidator::Real(unsigned size, bool allowSign, bool valueRequested, bool& negative,
-                                  std::uint64_t& numerator, std::uint64_t& divisor)
+// Parses the real at the cursor; the callers have handled size 0.
+StatusCode MessageValidator::Real(unsigned size, bool allowSign, bool& negative, std::uint64_t& numerator,
+                                  std::uint64_t& divisor)
 {
-    // Size 0 is handled by the callers (it succeeds when nothing is asked).
-    if (size == 0)
-        return valueRequested ? STATUS_CODE_INVALID_PARAMETER : STATUS_CODE_SUCCESS;
     if (!Fits(size))
         return STATUS_CODE_INVALID_PARAMETER;
     return Detail::ParseDecimalReal(buffer_ + cursor_, size, allowSign,
@@ -694,7 +692,7 @@ StatusCode MessageValidator::RealFraction(unsigned size, bool allowSign, Numerat
     bool negative = false;
     std::uint64_t magnitude = 0;
     std::uint64_t power = 1;
-    const StatusCode status = Real(size, allowSign, true, negative, magnitude, power);
+    const StatusCode status = Real(size, allowSign, negative, magnitude, power);
     if (status != STATUS_CODE_SUCCESS)
         return status;
     if (numerator != nullptr)
@@ -717,7 +715,7 @@ StatusCode MessageValidator::RealValue(unsigned size, bool allowSign, const long
     bool negative = false;
     std::uint64_t magnitude = 0;
     std::uint64_t power = 1;
-    const StatusCode status = Real(size, allowSign, true, negative, magnitude, power);
+    const StatusCode status = Real(size, allowSign, negative, magnitude, power);
     if (status != STATUS_CODE_SUCCESS)
         return status;
     const long double converted = FractionToFloating<long double>(negative, magnitude, power);
@@ -736,7 +734,7 @@ StatusCode MessageValidator::TypedReal(unsigned size, bool allowSign, T* value, 
     bool negative = false;
     std::uint64_t magnitude = 0;
     std::uint64_t power = 1;
-    const StatusCode status = Real(size, allowSign, true, negative, magnitude, power);
+    const StatusCode status = Real(size, allowSign, negative, magnitude, power);
     if (status != STATUS_CODE_SUCCESS)
         return status;
     if (value != nullptr)

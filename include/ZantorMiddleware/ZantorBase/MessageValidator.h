@@ -505,8 +505,7 @@ private:
     StatusCode TypedUnsignedBinary(unsigned size, Endian endian, T* value, FieldOutput output);
     template <typename T>
     StatusCode TypedSignedBinary(unsigned size, Endian endian, T* value, FieldOutput output);
-    StatusCode Real(unsigned size, bool allowSign, bool valueRequested, bool& negative, std::uint64_t& numerator,
-                    std::uint64_t& divisor);
+    StatusCode Real(unsigned size, bool allowSign, bool& negative, std::uint64_t& numerator, std::uint64_t& divisor);
     template <typename Numerator>
     StatusCode RealFraction(unsigned size, bool allowSign, Numerator* numerator, std::uint64_t* divisor,
                             FieldOutput output);
