@@ -42,6 +42,9 @@ const SplitRow kSplitRows[] = {
     {__LINE__, "  C:\\dir\\sub\\name.ext  ", "C:\\dir\\sub", "name.ext"},
     {__LINE__, "\tC:\\dir\\sub\\name.ext\r\n", "C:\\dir\\sub", "name.ext"},
     {__LINE__, "name.ext", "", "name.ext"},
+    {__LINE__, "name", "", "name"},
+    {__LINE__, " name.ext", "", "name.ext"},
+    {__LINE__, "name.ext ", "", "name.ext"},
     {__LINE__, "C:\\dir\\..", "C:\\dir\\..", ""},
     {__LINE__, "C:\\dir\\.", "C:\\dir\\.", ""},
     {__LINE__, " C:\\dir\\.. ", "C:\\dir\\..", ""},
@@ -55,14 +58,17 @@ const SplitRow kSplitRows[] = {
     {__LINE__, "C:\\a\\b.txt", "C:\\a", "b.txt"},
     {__LINE__, "C:\\b.txt", "C:\\", "b.txt"},
     {__LINE__, "C:b.txt", "C:", "b.txt"},
+    {__LINE__, "C:x", "C:", "x"},
     {__LINE__, "C:", "C:", ""},
     {__LINE__, "C:\\", "C:\\", ""},
     {__LINE__, "C:\\dir\\", "C:\\dir", ""},
     {__LINE__, "C:\\dir\\\\f", "C:\\dir\\", "f"},
     {__LINE__, "\\f.x", "\\", "f.x"},
+    {__LINE__, "\\x", "\\", "x"},
     {__LINE__, "\\", "\\", ""},
     {__LINE__, "\\\\server\\share\\f.x", "\\\\server\\share", "f.x"},
     {__LINE__, "dir\\name", "dir", "name"},
+    {__LINE__, "dir\\x", "dir", "x"},
     {__LINE__, "a.b.c", "", "a.b.c"},
     {__LINE__, "dir.d\\name", "dir.d", "name"},
     {__LINE__, ".hidden", "", ".hidden"},
@@ -77,12 +83,15 @@ const SplitRow kSplitRows[] = {
     {__LINE__, "C:/a/b.txt", kWindows ? "C:/a/" : "C:/a", "b.txt"},
     {__LINE__, "/usr/lib/x.so", kWindows ? "/usr/lib/" : "/usr/lib", "x.so"},
     {__LINE__, "a\\b/c.d", kWindows ? "a\\b/" : "a\\b", "c.d"},
+    {__LINE__, "dir/x", kWindows ? "dir/" : "dir", "x"},
     {__LINE__, " ./run.sh ", kWindows ? "./" : ".", "run.sh"},
     {__LINE__, "../up", kWindows ? "../" : "..", "up"},
     {__LINE__, "/usr/..", "/usr/..", ""},
 };
 
-TEST(FileSplitPath, Table)
+// Outputs start stale and are overwritten. IsFileNameOnly holds exactly when
+// the path comes back whole as the file name.
+TEST(FileSplitPath, TableAndIsFileNameOnly)
 {
     for (const SplitRow& row : kSplitRows) {
         std::string directory = "stale";
@@ -90,85 +99,31 @@ TEST(FileSplitPath, Table)
         File::SplitPath(row.path, directory, fileName);
         EXPECT_EQ(directory, row.directory) << "row at line " << row.line;
         EXPECT_EQ(fileName, row.fileName) << "row at line " << row.line;
+        EXPECT_EQ(File::IsFileNameOnly(row.path), row.directory.empty() && row.fileName == row.path)
+            << "row at line " << row.line;
     }
-}
-
-TEST(FileSplitPath, OutputsMayAliasNothingAndAreOverwritten)
-{
-    std::string directory = "old directory";
-    std::string fileName = "old name";
-    File::SplitPath("  ", directory, fileName);
-    EXPECT_TRUE(directory.empty());
-    EXPECT_TRUE(fileName.empty());
-    File::SplitPath("..", directory, fileName);
-    EXPECT_EQ(directory, "..");
-    EXPECT_TRUE(fileName.empty());
-}
-
-struct BoolRow
-{
-    int line;
-    std::string path;
-    bool expected;
-};
-
-TEST(FileIsFileNameOnly, Table)
-{
-    const BoolRow rows[] = {
-        {__LINE__, "name.ext", true},
-        {__LINE__, "name", true},
-        {__LINE__, "a.b.c", true},
-        {__LINE__, "", true},
-        {__LINE__, " name.ext", false},
-        {__LINE__, "name.ext ", false},
-        {__LINE__, ".", false},
-        {__LINE__, "..", false},
-        {__LINE__, "C:x", false},
-        {__LINE__, "dir\\x", false},
-        {__LINE__, "dir/x", false},
-        {__LINE__, "\\x", false},
-    };
-    for (const BoolRow& row : rows)
-        EXPECT_EQ(File::IsFileNameOnly(row.path), row.expected) << "row at line " << row.line;
 }
 
 TEST(FileIsAbsolutePath, Table)
 {
-    const BoolRow rows[] = {
-        {__LINE__, "", false},
-        {__LINE__, "\\share", true},
-        {__LINE__, "\\", true},
-        {__LINE__, "\\\\server\\share", true},
-        {__LINE__, "d:", true},
-        {__LINE__, "d:x", true},
-        {__LINE__, "C:\\x", true},
-        {__LINE__, "d", false},
-        {__LINE__, ".", false},
-        {__LINE__, "..", false},
-        {__LINE__, "ab", false},
-        {__LINE__, "dir\\x", false},
-        {__LINE__, "x/y", false},
-        {__LINE__, " /usr", false},
-        {__LINE__, "/usr", !kWindows},
-        {__LINE__, "/", !kWindows},
-        {__LINE__, "//server/share", !kWindows},
-    };
-    for (const BoolRow& row : rows)
-        EXPECT_EQ(File::IsAbsolutePath(row.path), row.expected) << "row at line " << row.line;
+    for (const char* path : {"\\share", "\\", "\\\\server\\share", "d:", "d:x", "C:\\x"})
+        EXPECT_TRUE(File::IsAbsolutePath(path)) << path;
+    for (const char* path : {"", "d", ".", "..", "ab", "dir\\x", "x/y", " /usr"})
+        EXPECT_FALSE(File::IsAbsolutePath(path)) << path;
+    for (const char* path : {"/usr", "/", "//server/share"}) // absolute on Linux only
+        EXPECT_EQ(File::IsAbsolutePath(path), !kWindows) << path;
 }
-
-struct MakePathRow
-{
-    int line;
-    std::string directory;
-    std::string name;
-    std::string expected;
-};
 
 TEST(FileMakePath, Table)
 {
     const std::string sep(1, File::GetDirectorySeparator());
-    const MakePathRow rows[] = {
+    const struct
+    {
+        int line;
+        std::string directory;
+        std::string name;
+        std::string expected;
+    } rows[] = {
         {__LINE__, "C:", "x", "C:x"},
         {__LINE__, "c:", "", "c:"},
         {__LINE__, "C:\\d\\", "x", "C:\\d\\x"},
@@ -184,7 +139,7 @@ TEST(FileMakePath, Table)
         {__LINE__, "/usr", "lib", kWindows ? "/usr\\lib" : "/usr/lib"},
         {__LINE__, "/", "tmp", kWindows ? "/\\tmp" : "/tmp"},
     };
-    for (const MakePathRow& row : rows)
+    for (const auto& row : rows)
         EXPECT_EQ(File::MakePath(row.directory, row.name), row.expected) << "row at line " << row.line;
 }
 
@@ -200,36 +155,25 @@ TEST(FileMisc, SeparatorEndOfLineAndExpandPath)
 
 // A fresh directory under the system's temporary directory, removed with
 // its contents at the end of the test.
-class ScratchDirectory
+struct ScratchDirectory
 {
-public:
-    ScratchDirectory()
-    {
-        std::random_device random;
-        path_ = std::filesystem::temp_directory_path() / ("zantor-file-test-" + std::to_string(random()));
-        std::filesystem::create_directories(path_);
-    }
+    ScratchDirectory() { std::filesystem::create_directories(path); }
     ~ScratchDirectory()
     {
         std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
+        std::filesystem::remove_all(path, ignored);
     }
-    ScratchDirectory(const ScratchDirectory&) = delete;
-    ScratchDirectory& operator=(const ScratchDirectory&) = delete;
-
-    const std::filesystem::path& Path() const { return path_; }
-
-private:
-    std::filesystem::path path_;
+    const std::filesystem::path path =
+        std::filesystem::temp_directory_path() / ("zantor-file-test-" + std::to_string(std::random_device()()));
 };
 
 TEST(FileQueries, IsFoundAndIsDirectory)
 {
     ScratchDirectory scratch;
-    const std::string directory = scratch.Path().string();
-    const std::string file = (scratch.Path() / "quotes.csv").string();
+    const std::string directory = scratch.path.string();
+    const std::string file = (scratch.path / "quotes.csv").string();
     std::ofstream(file) << "EUR,1.0842\n";
-    const std::string missing = (scratch.Path() / "missing.csv").string();
+    const std::string missing = (scratch.path / "missing.csv").string();
 
     EXPECT_TRUE(File::IsFound(file));
     EXPECT_FALSE(File::IsDirectory(file));
@@ -243,10 +187,10 @@ TEST(FileQueries, IsFoundAndIsDirectory)
     EXPECT_FALSE(File::IsFound(file + std::string(1, '\0') + "x"));
     EXPECT_FALSE(File::IsDirectory(directory + std::string(1, '\0') + "x"));
 #if !defined(_WIN32)
-    const std::string link = (scratch.Path() / "link").string();
+    const std::string link = (scratch.path / "link").string();
     ASSERT_EQ(::symlink(file.c_str(), link.c_str()), 0);
     EXPECT_TRUE(File::IsFound(link));
-    const std::string dangling = (scratch.Path() / "dangling").string();
+    const std::string dangling = (scratch.path / "dangling").string();
     ASSERT_EQ(::symlink(missing.c_str(), dangling.c_str()), 0);
     EXPECT_FALSE(File::IsFound(dangling));
     EXPECT_FALSE(File::IsDirectory(dangling));
@@ -266,47 +210,42 @@ void ExpectPathNotFound(const std::string& path, int line)
 
 #if !defined(_WIN32)
 
-struct AbsoluteRow
-{
-    int line;
-    std::string path;
-    std::string expected; // relative expectations are appended to the current directory
-    bool relative;
-};
-
+// Relative paths are appended to the current directory.
 TEST(FileMakeAbsolutePath, LexicalOnLinux)
 {
     char buffer[4096];
     ASSERT_NE(::getcwd(buffer, sizeof buffer), nullptr);
     const std::string cwd = buffer;
-    const AbsoluteRow rows[] = {
-        {__LINE__, "a/b", "/a/b", true},
-        {__LINE__, "does-not-exist/nor-this.txt", "/does-not-exist/nor-this.txt", true},
-        {__LINE__, "a/./b/../c", "/a/c", true},
-        {__LINE__, "./x", "/x", true},
-        {__LINE__, "x/", "/x/", true},
-        {__LINE__, "a\\b", "/a\\b", true},
-        {__LINE__, "C:\\dir", "/C:\\dir", true},
-        {__LINE__, "", "", true},
-        {__LINE__, ".", "", true},
-        {__LINE__, "/x//y/./z/", "/x/y/z/", false},
-        {__LINE__, "/x/y/../../..", "/", false},
-        {__LINE__, "/..", "/", false},
-        {__LINE__, "/../a", "/a", false},
-        {__LINE__, "/", "/", false},
-        {__LINE__, "//", "/", false},
-        {__LINE__, "/usr/lib", "/usr/lib", false},
-        {__LINE__, "/a/...", "/a/...", false},
-        {__LINE__, " /a", "/ /a", true},
-    };
-    for (const AbsoluteRow& row : rows) {
-        const std::string expected = row.relative ? (row.expected.empty() ? cwd : cwd + row.expected)
-                                                  : row.expected;
-        EXPECT_EQ(File::MakeAbsolutePath(row.path), expected) << "row at line " << row.line;
-    }
     // The parent of the current directory, lexically.
     const std::string parent = cwd == "/" ? "/" : cwd.substr(0, std::max<std::size_t>(1, cwd.rfind('/')));
-    EXPECT_EQ(File::MakeAbsolutePath(".."), parent);
+    const struct
+    {
+        int line;
+        std::string path;
+        std::string expected;
+    } rows[] = {
+        {__LINE__, "a/b", cwd + "/a/b"},
+        {__LINE__, "does-not-exist/nor-this.txt", cwd + "/does-not-exist/nor-this.txt"},
+        {__LINE__, "a/./b/../c", cwd + "/a/c"},
+        {__LINE__, "./x", cwd + "/x"},
+        {__LINE__, "x/", cwd + "/x/"},
+        {__LINE__, "a\\b", cwd + "/a\\b"},
+        {__LINE__, "C:\\dir", cwd + "/C:\\dir"},
+        {__LINE__, "", cwd},
+        {__LINE__, ".", cwd},
+        {__LINE__, "/x//y/./z/", "/x/y/z/"},
+        {__LINE__, "/x/y/../../..", "/"},
+        {__LINE__, "/..", "/"},
+        {__LINE__, "/../a", "/a"},
+        {__LINE__, "/", "/"},
+        {__LINE__, "//", "/"},
+        {__LINE__, "/usr/lib", "/usr/lib"},
+        {__LINE__, "/a/...", "/a/..."},
+        {__LINE__, " /a", cwd + "/ /a"},
+        {__LINE__, "..", parent},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(File::MakeAbsolutePath(row.path), row.expected) << "row at line " << row.line;
 }
 
 TEST(FileMakeAbsolutePath, FailuresThrowPathNotFound)
@@ -333,39 +272,30 @@ TEST(FileMakeAbsolutePath, RemovedCurrentDirectoryThrows)
     ASSERT_EQ(::chdir(saved.c_str()), 0);
 }
 
-class TemporaryPathTest : public ::testing::Test
+TEST(FileTemporaryPath, FollowsTmpdir)
 {
-protected:
-    void SetUp() override
+    const char* value = std::getenv("TMPDIR");
+    const std::string saved = value != nullptr ? value : "";
+    const struct
     {
-        const char* value = std::getenv("TMPDIR");
-        hadValue_ = value != nullptr;
-        if (hadValue_)
-            saved_ = value;
-    }
-    void TearDown() override
-    {
-        if (hadValue_)
-            ::setenv("TMPDIR", saved_.c_str(), 1);
+        int line;
+        const char* tmpdir; // nullptr: unset
+        const char* path;
+    } rows[] = {
+        {__LINE__, "/var/tmp/zantor", "/var/tmp/zantor"},
+        {__LINE__, "/scratch/", "/scratch/"},
+        {__LINE__, "", "/tmp"},
+        {__LINE__, nullptr, "/tmp"},
+    };
+    for (const auto& row : rows) {
+        if (row.tmpdir != nullptr)
+            ::setenv("TMPDIR", row.tmpdir, 1);
         else
             ::unsetenv("TMPDIR");
+        EXPECT_EQ(File::GetTemporaryPath(), row.path) << "row at line " << row.line;
     }
-
-private:
-    bool hadValue_ = false;
-    std::string saved_;
-};
-
-TEST_F(TemporaryPathTest, FollowsTmpdir)
-{
-    ::setenv("TMPDIR", "/var/tmp/zantor", 1);
-    EXPECT_EQ(File::GetTemporaryPath(), "/var/tmp/zantor");
-    ::setenv("TMPDIR", "/scratch/", 1);
-    EXPECT_EQ(File::GetTemporaryPath(), "/scratch/");
-    ::setenv("TMPDIR", "", 1);
-    EXPECT_EQ(File::GetTemporaryPath(), "/tmp");
-    ::unsetenv("TMPDIR");
-    EXPECT_EQ(File::GetTemporaryPath(), "/tmp");
+    if (value != nullptr)
+        ::setenv("TMPDIR", saved.c_str(), 1);
 }
 
 #else // _WIN32
@@ -395,23 +325,14 @@ TEST(FileTemporaryPath, FromTheSystem)
 TEST(FileTemporaryPath, FollowsTmp)
 {
     ScratchDirectory scratch;
-    const std::string directory = scratch.Path().string();
+    const std::string directory = scratch.path.string();
     char saved[1024] = {};
     const DWORD savedLength = GetEnvironmentVariableA("TMP", saved, sizeof saved);
-    struct Row
-    {
-        int line;
-        std::string tmp;
-    };
-    const Row rows[] = {
-        {__LINE__, directory},
-        {__LINE__, directory + "\\"},
-    };
-    for (const Row& row : rows) {
-        ASSERT_TRUE(SetEnvironmentVariableA("TMP", row.tmp.c_str()));
+    for (const std::string& tmp : {directory, directory + "\\"}) {
+        ASSERT_TRUE(SetEnvironmentVariableA("TMP", tmp.c_str()));
         const std::string path = File::GetTemporaryPath();
         SetEnvironmentVariableA("TMP", savedLength > 0 && savedLength < sizeof saved ? saved : nullptr);
-        EXPECT_EQ(path, directory + "\\") << "row at line " << row.line;
+        EXPECT_EQ(path, directory + "\\") << "TMP " << tmp;
     }
 }
 
