@@ -26,17 +26,15 @@ TEST(DllFunctionWrapperTest, FindsAndCallsAFunction)
     EXPECT_EQ(length.Get(), length.Get());
 }
 
-TEST(DllFunctionWrapperTest, MissingLibraryOrFunctionIsUnavailable)
+// A missing library or function is unavailable; the platform part refuses
+// null names.
+TEST(DllFunctionWrapperTest, MissingLibraryFunctionOrNameIsUnavailable)
 {
     DllFunctionWrapper<void()> noLibrary("zantor-no-such-library.so.0", "Anything");
     EXPECT_FALSE(noLibrary.IsAvailable());
     EXPECT_EQ(nullptr, noLibrary.Get());
     DllFunctionWrapper<void()> noFunction(kSystemLibrary, "ZantorNoSuchFunction");
     EXPECT_FALSE(noFunction.IsAvailable());
-}
-
-TEST(DllFunctionWrapperTest, PlatformPartRefusesNulls)
-{
     EXPECT_EQ(nullptr, Detail::LoadSystemLibrary(nullptr));
     EXPECT_EQ(nullptr, Detail::FindLibraryFunction(nullptr, "strlen"));
     EXPECT_EQ(nullptr, Detail::FindLibraryFunction(Detail::LoadSystemLibrary(kSystemLibrary), nullptr));

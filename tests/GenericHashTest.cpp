@@ -17,40 +17,35 @@ namespace {
 TEST(GenericHashTest, PublishedValues)
 {
     const std::string fox = "The quick brown fox jumps over the lazy dog";
-    struct Row
-    {
-        int line;
-        std::string key;
-        std::uint32_t initialValue;
-        std::uint32_t expected;
-    };
+    struct Row { int line; std::string key; std::uint32_t expected; std::uint32_t initialValue = 0; };
     const Row rows[] = {
-        {__LINE__, "", 0, 3175731469u},
-        {__LINE__, "a", 0, 703514648u},
-        {__LINE__, "ab", 0, 2558110785u},
-        {__LINE__, "abc", 0, 622741395u},
-        {__LINE__, "abcd", 0, 1525030821u},
-        {__LINE__, "abcdefgh", 0, 88045406u},
-        {__LINE__, "hello", 0, 3070638494u},
-        {__LINE__, "wow", 0, 627410295u},
-        {__LINE__, std::string(1, '\0'), 0, 1843378377u},
-        {__LINE__, std::string(2, '\0'), 0, 1948748577u},
-        {__LINE__, std::string(3, '\0'), 0, 49118037u},
-        {__LINE__, std::string(4, '\0'), 0, 2305145833u},
-        {__LINE__, std::string(1, '\1'), 0, 3107525544u},
-        {__LINE__, std::string("\xff\x80\x40\x01", 4), 0, 3359486273u},
-        {__LINE__, "this is 11c", 0, 3384459500u},
-        {__LINE__, "this is 12ch", 0, 313177311u},
-        {__LINE__, "hello, world", 0, 933292425u},
-        {__LINE__, "this is >12ch", 0, 2321813933u},
-        {__LINE__, "message digest", 0, 1183305218u},
-        {__LINE__, "My hovercraft is full of eels.", 0, 2243816318u},
-        {__LINE__, "this is much large than 12 characters", 0, 2771373033u},
-        {__LINE__, fox + fox + fox + fox + fox, 0, 2138388378u},
-        {__LINE__, "hello", 3070638494u, 1535955511u},
-        {__LINE__, "wow", 627410295u, 320141986u},
-        {__LINE__, std::string(1, '\0'), 1, 1948748577u},
-        {__LINE__, std::string(2, '\0'), 1, 49118037u},
+        {__LINE__, "", 3175731469u},
+        {__LINE__, "a", 703514648u},
+        {__LINE__, "ab", 2558110785u},
+        {__LINE__, "abc", 622741395u},
+        {__LINE__, "abcd", 1525030821u},
+        {__LINE__, "abcdefgh", 88045406u},
+        {__LINE__, "hello", 3070638494u},
+        {__LINE__, "wow", 627410295u},
+        {__LINE__, std::string(1, '\0'), 1843378377u},
+        {__LINE__, std::string(2, '\0'), 1948748577u},
+        {__LINE__, std::string(3, '\0'), 49118037u},
+        {__LINE__, std::string(4, '\0'), 2305145833u},
+        {__LINE__, std::string(1, '\1'), 3107525544u},
+        {__LINE__, std::string("\xff\x80\x40\x01", 4), 3359486273u},
+        {__LINE__, "this is 11c", 3384459500u},
+        {__LINE__, "this is 12ch", 313177311u},
+        {__LINE__, "hello, world", 933292425u},
+        {__LINE__, "this is >12ch", 2321813933u},
+        {__LINE__, "message digest", 1183305218u},
+        {__LINE__, "My hovercraft is full of eels.", 2243816318u},
+        {__LINE__, "this is much large than 12 characters", 2771373033u},
+        {__LINE__, fox + fox + fox + fox + fox, 2138388378u},
+        // Chained: the previous hash as the initial value.
+        {__LINE__, "hello", 1535955511u, 3070638494u},
+        {__LINE__, "wow", 320141986u, 627410295u},
+        {__LINE__, std::string(1, '\0'), 1948748577u, 1},
+        {__LINE__, std::string(2, '\0'), 49118037u, 1},
     };
     for (const Row& row : rows)
     {
@@ -110,7 +105,9 @@ TEST(GenericHashTest, AgreesWithSecondImplementation)
     }
 }
 
-TEST(GenericHashTest, SameKeyAtEveryAlignment)
+// The same key at every alignment hashes alike; its length and the initial
+// value both count.
+TEST(GenericHashTest, AlignmentLengthAndInitialValue)
 {
     const std::string key = "an unaligned key of some length";
     const std::uint32_t expected = GenericHash(key.data(), static_cast<unsigned>(key.size()), 7);
@@ -120,10 +117,6 @@ TEST(GenericHashTest, SameKeyAtEveryAlignment)
         std::memcpy(storage.data() + offset, key.data(), key.size());
         EXPECT_EQ(expected, GenericHash(storage.data() + offset, static_cast<unsigned>(key.size()), 7)) << offset;
     }
-}
-
-TEST(GenericHashTest, LengthAndInitialValueMatter)
-{
     const std::vector<unsigned char> zeros(24, 0);
     EXPECT_NE(GenericHash(zeros.data(), 23, 0), GenericHash(zeros.data(), 24, 0));
     EXPECT_NE(GenericHash(zeros.data(), 24, 0), GenericHash(zeros.data(), 24, 1));

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -20,16 +21,11 @@ namespace {
 
 using Bytes = std::vector<unsigned char>;
 
-void Put16(Bytes& bytes, std::size_t at, std::uint16_t value)
+// Writes width (1, 2 or 4) bytes of value, little-endian.
+void Put(Bytes& bytes, std::size_t at, unsigned width, std::uint32_t value)
 {
-    bytes[at] = static_cast<unsigned char>(value);
-    bytes[at + 1] = static_cast<unsigned char>(value >> 8);
-}
-
-void Put32(Bytes& bytes, std::size_t at, std::uint32_t value)
-{
-    for (int i = 0; i < 4; ++i)
-        bytes[at + static_cast<std::size_t>(i)] = static_cast<unsigned char>(value >> (8 * i));
+    for (unsigned i = 0; i < width; ++i)
+        bytes[at + i] = static_cast<unsigned char>(value >> (8 * i));
 }
 
 // 16-bit mono PCM at 8000 frames per second with four frames of silence:
@@ -58,132 +54,37 @@ StatusCode Play(const Bytes& image, bool async = false)
 // The image with its RIFF length set to match its size again.
 Bytes Repaired(Bytes image)
 {
-    Put32(image, 4, static_cast<std::uint32_t>(image.size() - 8));
+    Put(image, 4, 4, static_cast<std::uint32_t>(image.size() - 8));
     return image;
 }
 
-class PlaySoundTest : public ::testing::Test
+// kValid with width bytes at `at` set to value.
+Bytes Edited(std::size_t at, unsigned width, std::uint32_t value)
 {
-protected:
-    static void SetUpTestSuite() { ASSERT_EQ(0, setenv("PULSE_SERVER", "unix:/nonexistent/zantor-test-no-server", 1)); }
-};
-
-TEST_F(PlaySoundTest, WellFormedImageReachesTheServer)
-{
-    EXPECT_EQ(STATUS_CODE_FAILURE, Play(kValid));
-    EXPECT_EQ(STATUS_CODE_FAILURE, Play(kValid, true));
+    Bytes image = kValid;
+    Put(image, at, width, value);
+    return image;
 }
 
-TEST_F(PlaySoundTest, NullImageIsAnInvalidParameter)
+// kValid with other channels and sample bits, block align to match.
+Bytes Shaped(std::uint16_t channels, std::uint16_t bits)
 {
-    EXPECT_EQ(STATUS_CODE_INVALID_PARAMETER, PlaySoundA(nullptr, 0, false));
-    EXPECT_EQ(STATUS_CODE_INVALID_PARAMETER, PlaySoundA(nullptr, 44, true));
-}
-
-TEST_F(PlaySoundTest, EveryTruncatedPrefixIsRefused)
-{
-    for (std::size_t length = 0; length < kValid.size(); ++length)
-    {
-        SCOPED_TRACE(length);
-        EXPECT_EQ(STATUS_CODE_INVALID_FORMAT, Play(Bytes(kValid.begin(), kValid.begin() + static_cast<long>(length))));
-    }
-}
-
-TEST_F(PlaySoundTest, EveryTruncatedPrefixWithRepairedLengthIsRefused)
-{
-    // Past the RIFF header the chunk walk itself must notice the cut.
-    for (std::size_t length = 12; length < kValid.size(); ++length)
-    {
-        SCOPED_TRACE(length);
-        EXPECT_EQ(STATUS_CODE_INVALID_FORMAT, Play(Repaired(Bytes(kValid.begin(), kValid.begin() + static_cast<long>(length)))));
-    }
-}
-
-struct Edit
-{
-    int line;
-    std::size_t at;
-    unsigned width; // 2 or 4 bytes
-    std::uint32_t value;
-    bool valid;
-};
-
-TEST_F(PlaySoundTest, HeaderFieldsLastValidAndFirstInvalid)
-{
-    const Edit edits[] = {
-        {__LINE__, 4, 4, 3, false},                    // RIFF length below "WAVE"
-        {__LINE__, 4, 4, 45, false},                   // RIFF length past the image
-        {__LINE__, 4, 4, 0xFFFFFFFFu, false},
-        {__LINE__, 20, 2, 3, false},                   // IEEE float
-        {__LINE__, 20, 2, 0xFFFE, false},              // extensible
-        {__LINE__, kChannels, 2, 0, false},
-        {__LINE__, kRate, 4, 999, false},
-        {__LINE__, kRate, 4, 1000, true},
-        {__LINE__, kRate, 4, 384000, true},
-        {__LINE__, kRate, 4, 384001, false},
-        {__LINE__, kBits, 2, 12, false},
-        {__LINE__, kBits, 2, 8, false},                // block align 2 no longer matches
-        {__LINE__, kBlockAlign, 2, 4, false},
-        {__LINE__, kFormatLength, 4, 15, false},       // shorter than a PCM format
-        {__LINE__, kFormatLength, 4, 0xFFFFFFFFu, false},
-        {__LINE__, kDataLength, 4, 9, false},          // data runs past the end
-        {__LINE__, kDataLength, 4, 0xFFFFFFFFu, false},
-        {__LINE__, kDataLength, 4, 7, true},           // odd length: pad byte present, half frame dropped
-        {__LINE__, kDataLength, 4, 0, true},           // empty data, then its 8 zero bytes read as an empty chunk
-    };
-    for (const Edit& edit : edits)
-    {
-        SCOPED_TRACE(edit.line);
-        Bytes image = kValid;
-        if (edit.width == 2)
-            Put16(image, edit.at, static_cast<std::uint16_t>(edit.value));
-        else
-            Put32(image, edit.at, edit.value);
-        const StatusCode status = Play(image);
-        if (edit.valid)
-            EXPECT_NE(STATUS_CODE_INVALID_FORMAT, status);
-        else
-            EXPECT_EQ(STATUS_CODE_INVALID_FORMAT, status);
-    }
-}
-
-TEST_F(PlaySoundTest, ChannelAndSampleWidthsAccepted)
-{
-    struct Shape
-    {
-        int line;
-        std::uint16_t channels;
-        std::uint16_t bits;
-        bool valid;
-    };
-    const Shape shapes[] = {
-        {__LINE__, 1, 8, true},  {__LINE__, 2, 16, true}, {__LINE__, 1, 24, true}, {__LINE__, 1, 32, true},
-        {__LINE__, 8, 16, true}, {__LINE__, 9, 16, false}, {__LINE__, 1, 0, false}, {__LINE__, 1, 64, false},
-    };
-    for (const Shape& shape : shapes)
-    {
-        SCOPED_TRACE(shape.line);
-        Bytes image = kValid;
-        Put16(image, kChannels, shape.channels);
-        Put16(image, kBits, shape.bits);
-        Put16(image, kBlockAlign, static_cast<std::uint16_t>(shape.channels * (shape.bits / 8)));
-        const StatusCode status = Play(image);
-        if (shape.valid)
-            EXPECT_EQ(STATUS_CODE_FAILURE, status);
-        else
-            EXPECT_EQ(STATUS_CODE_INVALID_FORMAT, status);
-    }
+    Bytes image = Edited(kChannels, 2, channels);
+    Put(image, kBits, 2, bits);
+    Put(image, kBlockAlign, 2, static_cast<std::uint16_t>(channels * (bits / 8)));
+    return image;
 }
 
 Bytes Chunk(const char* tag, const Bytes& body)
 {
     Bytes chunk(tag, tag + 4);
     chunk.resize(8);
-    Put32(chunk, 4, static_cast<std::uint32_t>(body.size()));
+    Put(chunk, 4, 4, static_cast<std::uint32_t>(body.size()));
     chunk.insert(chunk.end(), body.begin(), body.end());
     return chunk;
 }
 
+// A RIFF image of the chunks and trailing bytes.
 Bytes Image(const std::vector<Bytes>& chunks, const Bytes& trailer = {})
 {
     Bytes image = {'R', 'I', 'F', 'F', 0, 0, 0, 0, 'W', 'A', 'V', 'E'};
@@ -193,24 +94,75 @@ Bytes Image(const std::vector<Bytes>& chunks, const Bytes& trailer = {})
     return Repaired(image);
 }
 
-TEST_F(PlaySoundTest, ChunkOrderAndLayout)
+class PlaySoundTest : public ::testing::Test
+{
+protected:
+    static void SetUpTestSuite() { ASSERT_EQ(0, setenv("PULSE_SERVER", "unix:/nonexistent/zantor-test-no-server", 1)); }
+};
+
+TEST_F(PlaySoundTest, NullImageIsAnInvalidParameterAndAWellFormedOneReachesTheServer)
+{
+    EXPECT_EQ(STATUS_CODE_INVALID_PARAMETER, PlaySoundA(nullptr, 0, false));
+    EXPECT_EQ(STATUS_CODE_INVALID_PARAMETER, PlaySoundA(nullptr, 44, true));
+    EXPECT_EQ(STATUS_CODE_FAILURE, Play(kValid));
+    EXPECT_EQ(STATUS_CODE_FAILURE, Play(kValid, true));
+}
+
+// Past the RIFF header, with the RIFF length repaired, the chunk walk itself
+// must notice the cut.
+TEST_F(PlaySoundTest, EveryTruncatedPrefixIsRefusedAlsoWithRepairedLength)
+{
+    for (std::size_t length = 0; length < kValid.size(); ++length)
+    {
+        SCOPED_TRACE(length);
+        const Bytes prefix(kValid.begin(), kValid.begin() + static_cast<long>(length));
+        EXPECT_EQ(STATUS_CODE_INVALID_FORMAT, Play(prefix));
+        if (length >= 12) {
+            EXPECT_EQ(STATUS_CODE_INVALID_FORMAT, Play(Repaired(prefix)));
+        }
+    }
+}
+
+// Valid images reach the (missing) server; the others are refused.
+TEST_F(PlaySoundTest, ImageValidation)
 {
     const Bytes format(kValid.begin() + 20, kValid.begin() + 36);
-    const Bytes samples(8, 0);
-    const Bytes fmt = Chunk("fmt ", format);
-    const Bytes data = Chunk("data", samples);
-    const Bytes odd = Chunk("LIST", Bytes(3, 'x'));
-    Bytes oddPadded = odd;
+    const Bytes fmt = Chunk("fmt ", format), data = Chunk("data", Bytes(8, 0)), odd = Chunk("LIST", Bytes(3, 'x'));
+    Bytes oddPadded = odd, longFormat = format, trailed = kValid;
     oddPadded.push_back(0);
-    Bytes longFormat = format;
     longFormat.resize(18, 0); // cbSize present
-    struct Row
-    {
-        int line;
-        Bytes image;
-        bool valid;
-    };
+    trailed.insert(trailed.end(), {'t', 'r', 'a', 'i', 'l'});
+    struct Row { int line; Bytes image; bool valid; };
     const Row rows[] = {
+        // Header fields, last valid and first invalid.
+        {__LINE__, Edited(4, 4, 3), false},                    // RIFF length below "WAVE"
+        {__LINE__, Edited(4, 4, 45), false},                   // RIFF length past the image
+        {__LINE__, Edited(4, 4, 0xFFFFFFFFu), false},
+        {__LINE__, Edited(20, 2, 3), false},                   // IEEE float
+        {__LINE__, Edited(20, 2, 0xFFFE), false},              // extensible
+        {__LINE__, Edited(kChannels, 2, 0), false},
+        {__LINE__, Edited(kRate, 4, 999), false},
+        {__LINE__, Edited(kRate, 4, 1000), true},
+        {__LINE__, Edited(kRate, 4, 384000), true},
+        {__LINE__, Edited(kRate, 4, 384001), false},
+        {__LINE__, Edited(kBits, 2, 12), false},
+        {__LINE__, Edited(kBits, 2, 8), false},                // block align 2 no longer matches
+        {__LINE__, Edited(kBlockAlign, 2, 4), false},
+        {__LINE__, Edited(kFormatLength, 4, 15), false},       // shorter than a PCM format
+        {__LINE__, Edited(kFormatLength, 4, 0xFFFFFFFFu), false},
+        {__LINE__, Edited(kDataLength, 4, 9), false},          // data runs past the end
+        {__LINE__, Edited(kDataLength, 4, 0xFFFFFFFFu), false},
+        {__LINE__, Edited(kDataLength, 4, 7), true},           // odd length: pad byte present, half frame dropped
+        {__LINE__, Edited(kDataLength, 4, 0), true},           // empty data, then its 8 zero bytes read as an empty chunk
+        // Wrong tags.
+        {__LINE__, Edited(0, 1, '?'), false}, {__LINE__, Edited(3, 1, '?'), false},
+        {__LINE__, Edited(8, 1, '?'), false}, {__LINE__, Edited(11, 1, '?'), false},
+        // Channels and sample widths.
+        {__LINE__, Shaped(1, 8), true},  {__LINE__, Shaped(2, 16), true}, {__LINE__, Shaped(1, 24), true},
+        {__LINE__, Shaped(1, 32), true}, {__LINE__, Shaped(8, 16), true}, {__LINE__, Shaped(9, 16), false},
+        {__LINE__, Shaped(1, 0), false}, {__LINE__, Shaped(1, 64), false},
+        // Chunk order and layout.
+        {__LINE__, trailed, true},                                 // bytes behind the RIFF chunk are ignored
         {__LINE__, Image({fmt, data}), true},
         {__LINE__, Image({Chunk("LIST", Bytes(4, 'x')), fmt, data}), true},
         {__LINE__, Image({oddPadded, fmt, data}), true},
@@ -227,32 +179,10 @@ TEST_F(PlaySoundTest, ChunkOrderAndLayout)
         {__LINE__, Image({fmt, data}, {'J', 'U', 'N', 'K'}), false}, // partial chunk header
         {__LINE__, Image({Chunk("fmt ", Bytes(format.begin(), format.begin() + 14)), data}), false},
     };
-    for (const Row& row : rows)
+    for (std::size_t i = 0; i < std::size(rows); ++i)
     {
-        SCOPED_TRACE(row.line);
-        const StatusCode status = Play(row.image);
-        if (row.valid)
-            EXPECT_EQ(STATUS_CODE_FAILURE, status);
-        else
-            EXPECT_EQ(STATUS_CODE_INVALID_FORMAT, status);
-    }
-}
-
-TEST_F(PlaySoundTest, BytesBehindTheRiffChunkAreIgnored)
-{
-    Bytes image = kValid;
-    image.insert(image.end(), {'t', 'r', 'a', 'i', 'l'});
-    EXPECT_EQ(STATUS_CODE_FAILURE, Play(image));
-}
-
-TEST_F(PlaySoundTest, WrongTagsAreRefused)
-{
-    for (std::size_t at : {0u, 3u, 8u, 11u})
-    {
-        SCOPED_TRACE(at);
-        Bytes image = kValid;
-        image[at] = '?';
-        EXPECT_EQ(STATUS_CODE_INVALID_FORMAT, Play(image));
+        SCOPED_TRACE(testing::Message() << "row " << i << " at line " << rows[i].line);
+        EXPECT_EQ(rows[i].valid ? STATUS_CODE_FAILURE : STATUS_CODE_INVALID_FORMAT, Play(rows[i].image));
     }
 }
 
