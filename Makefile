@@ -5,6 +5,7 @@
 #   make bench           build and run the benchmarks
 #   make check-windows   MinGW-w64 x86-64 tests under Wine, x86 link check
 #   make fuzz            run every libFuzzer target for FUZZ_SECONDS each
+#   make mutants         plant MUTANTS faults (seed SEED) and check the unit tests catch them
 
 FUZZ_SECONDS ?= 30
 JOBS ?= $(shell nproc)
@@ -12,7 +13,7 @@ export CCACHE_DIR ?= $(HOME)/.cache/zantor-ccache
 export WINEDEBUG := -all
 export WINEPREFIX ?= $(HOME)/.cache/zantor-wine
 
-.PHONY: all deps test test-linux demo bench check-windows fuzz clean
+.PHONY: all deps test test-linux demo bench check-windows fuzz mutants clean
 
 all: deps
 	@$(MAKE) --no-print-directory build-default
@@ -52,6 +53,12 @@ fuzz: deps build-fuzz
 
 check-windows: deps build-windows-x64 build-windows-x86
 	scripts/run-wine-tests.sh build/windows-x64
+
+# A developer tool, not part of make test: works in a copy under build/mutants.
+MUTANTS ?= 40
+SEED ?= 1
+mutants: deps
+	python3 scripts/mutants.py -n $(MUTANTS) --seed $(SEED) $(if $(ONLY),--only $(ONLY))
 
 clean:
 	rm -rf build

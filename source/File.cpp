@@ -81,7 +81,8 @@ std::string Trim(const std::string& text)
 
 void File::SplitPath(const std::string& path, std::string& directory, std::string& fileName)
 {
-    const std::string trimmed = Trim(path);
+    // A zero character ends the path, as it ends it for every system call.
+    const std::string trimmed = Trim(path.substr(0, path.find('\0')));
     if (trimmed.empty()) {
         directory.clear();
         fileName.clear();

@@ -162,7 +162,9 @@ constexpr OsErrorMapping kOsErrorMappings[] = {
 
 const std::string& StatusCodeToString(unsigned char statusCode)
 {
-    static const StatusTextTable table = BuildStatusTextTable();
+    // Never destroyed: destructors of globals and threads still running at
+    // exit may log a status text after this function's statics would be gone.
+    static const StatusTextTable& table = *new StatusTextTable(BuildStatusTextTable());
     return table[statusCode];
 }
 

@@ -39,53 +39,32 @@ const std::string kLongDirectory = "C:\\" + std::string(300, 'a');
 
 const SplitRow kSplitRows[] = {
     // Backslash paths: the same on every platform.
-    {__LINE__, "  C:\\dir\\sub\\name.ext  ", "C:\\dir\\sub", "name.ext"},
-    {__LINE__, "\tC:\\dir\\sub\\name.ext\r\n", "C:\\dir\\sub", "name.ext"},
-    {__LINE__, "name.ext", "", "name.ext"},
+    {__LINE__, " \tC:\\dir\\sub\\name.ext\r\n", "C:\\dir\\sub", "name.ext"},
     {__LINE__, "name", "", "name"},
-    {__LINE__, " name.ext", "", "name.ext"},
-    {__LINE__, "name.ext ", "", "name.ext"},
-    {__LINE__, "C:\\dir\\..", "C:\\dir\\..", ""},
-    {__LINE__, "C:\\dir\\.", "C:\\dir\\.", ""},
+    {__LINE__, " .. ", "..", ""},
     {__LINE__, " C:\\dir\\.. ", "C:\\dir\\..", ""},
-    {__LINE__, "", "", ""},
-    {__LINE__, "   ", "", ""},
+    {__LINE__, "C:\\dir\\.", "C:\\dir\\.", ""},
     {__LINE__, " \t\r\n", "", ""},
     {__LINE__, ".", ".", ""},
-    {__LINE__, "..", "..", ""},
-    {__LINE__, " .. ", "..", ""},
     {__LINE__, "...", "", "..."},
-    {__LINE__, "C:\\a\\b.txt", "C:\\a", "b.txt"},
     {__LINE__, "C:\\b.txt", "C:\\", "b.txt"},
-    {__LINE__, "C:b.txt", "C:", "b.txt"},
     {__LINE__, "C:x", "C:", "x"},
     {__LINE__, "C:", "C:", ""},
-    {__LINE__, "C:\\", "C:\\", ""},
     {__LINE__, "C:\\dir\\", "C:\\dir", ""},
     {__LINE__, "C:\\dir\\\\f", "C:\\dir\\", "f"},
-    {__LINE__, "\\f.x", "\\", "f.x"},
     {__LINE__, "\\x", "\\", "x"},
-    {__LINE__, "\\", "\\", ""},
     {__LINE__, "\\\\server\\share\\f.x", "\\\\server\\share", "f.x"},
-    {__LINE__, "dir\\name", "dir", "name"},
-    {__LINE__, "dir\\x", "dir", "x"},
-    {__LINE__, "a.b.c", "", "a.b.c"},
-    {__LINE__, "dir.d\\name", "dir.d", "name"},
-    {__LINE__, ".hidden", "", ".hidden"},
+    {__LINE__, "dir.d\\a.b.c", "dir.d", "a.b.c"},
     {__LINE__, "dir\\.hidden", "dir", ".hidden"},
     {__LINE__, "name.", "", "name."},
-    {__LINE__, "a/b\\c.d", "a/b", "c.d"},
     {__LINE__, "/x.so", "/", "x.so"},
-    {__LINE__, "/", "/", ""},
-    {__LINE__, kLongDirectory + "\\f.txt", kLongDirectory, "f.txt"},
     {__LINE__, kLongDirectory + "\\" + std::string(300, 'n') + ".e", kLongDirectory, std::string(300, 'n') + ".e"},
+    // A zero character ends the path.
+    {__LINE__, std::string("dir\\f.x\0\\g", 10), "dir", "f.x"},
+    {__LINE__, std::string("\0dir\\f.x", 8), "", ""},
     // A trailing slash stays on Windows and goes on Linux.
-    {__LINE__, "C:/a/b.txt", kWindows ? "C:/a/" : "C:/a", "b.txt"},
-    {__LINE__, "/usr/lib/x.so", kWindows ? "/usr/lib/" : "/usr/lib", "x.so"},
     {__LINE__, "a\\b/c.d", kWindows ? "a\\b/" : "a\\b", "c.d"},
-    {__LINE__, "dir/x", kWindows ? "dir/" : "dir", "x"},
     {__LINE__, " ./run.sh ", kWindows ? "./" : ".", "run.sh"},
-    {__LINE__, "../up", kWindows ? "../" : "..", "up"},
     {__LINE__, "/usr/..", "/usr/..", ""},
 };
 
@@ -125,19 +104,13 @@ TEST(FileMakePath, Table)
         std::string expected;
     } rows[] = {
         {__LINE__, "C:", "x", "C:x"},
-        {__LINE__, "c:", "", "c:"},
         {__LINE__, "C:\\d\\", "x", "C:\\d\\x"},
-        {__LINE__, "C:\\", "x", "C:\\x"},
         {__LINE__, "", "x", "x"},
-        {__LINE__, "", "", ""},
         {__LINE__, "C:\\d", "x", "C:\\d" + sep + "x"},
         {__LINE__, "d", "", "d" + sep},
-        {__LINE__, "ab", "x", "ab" + sep + "x"},
         {__LINE__, ":x", "y", ":x" + sep + "y"},
         {__LINE__, "C:x", "y", "C:x" + sep + "y"},
         {__LINE__, "/usr/", "x", kWindows ? "/usr/\\x" : "/usr/x"},
-        {__LINE__, "/usr", "lib", kWindows ? "/usr\\lib" : "/usr/lib"},
-        {__LINE__, "/", "tmp", kWindows ? "/\\tmp" : "/tmp"},
     };
     for (const auto& row : rows)
         EXPECT_EQ(File::MakePath(row.directory, row.name), row.expected) << "row at line " << row.line;
@@ -149,8 +122,6 @@ TEST(FileMisc, SeparatorEndOfLineAndExpandPath)
     EXPECT_EQ(File::GetEndOfLine(), kWindows ? "\r\n" : "\n");
     EXPECT_EQ(&File::GetEndOfLine(), &File::GetEndOfLine());
     EXPECT_EQ(File::ExpandPath("%TEMP%\\x"), "%TEMP%\\x");
-    EXPECT_EQ(File::ExpandPath("$HOME/x"), "$HOME/x");
-    EXPECT_EQ(File::ExpandPath(""), "");
 }
 
 // A fresh directory under the system's temporary directory, removed with
@@ -175,14 +146,10 @@ TEST(FileQueries, IsFoundAndIsDirectory)
     std::ofstream(file) << "EUR,1.0842\n";
     const std::string missing = (scratch.path / "missing.csv").string();
 
-    EXPECT_TRUE(File::IsFound(file));
-    EXPECT_FALSE(File::IsDirectory(file));
-    EXPECT_FALSE(File::IsFound(directory));
-    EXPECT_TRUE(File::IsDirectory(directory));
-    EXPECT_FALSE(File::IsFound(missing));
-    EXPECT_FALSE(File::IsDirectory(missing));
-    EXPECT_FALSE(File::IsFound(""));
-    EXPECT_FALSE(File::IsDirectory(""));
+    for (const std::string& path : {file, directory, missing, std::string()}) {
+        EXPECT_EQ(File::IsFound(path), path == file) << path;
+        EXPECT_EQ(File::IsDirectory(path), path == directory) << path;
+    }
     // A NUL inside the name must not query the shorter name before it.
     EXPECT_FALSE(File::IsFound(file + std::string(1, '\0') + "x"));
     EXPECT_FALSE(File::IsDirectory(directory + std::string(1, '\0') + "x"));
@@ -225,21 +192,15 @@ TEST(FileMakeAbsolutePath, LexicalOnLinux)
         std::string expected;
     } rows[] = {
         {__LINE__, "a/b", cwd + "/a/b"},
-        {__LINE__, "does-not-exist/nor-this.txt", cwd + "/does-not-exist/nor-this.txt"},
         {__LINE__, "a/./b/../c", cwd + "/a/c"},
-        {__LINE__, "./x", cwd + "/x"},
         {__LINE__, "x/", cwd + "/x/"},
         {__LINE__, "a\\b", cwd + "/a\\b"},
-        {__LINE__, "C:\\dir", cwd + "/C:\\dir"},
         {__LINE__, "", cwd},
         {__LINE__, ".", cwd},
         {__LINE__, "/x//y/./z/", "/x/y/z/"},
         {__LINE__, "/x/y/../../..", "/"},
-        {__LINE__, "/..", "/"},
         {__LINE__, "/../a", "/a"},
-        {__LINE__, "/", "/"},
         {__LINE__, "//", "/"},
-        {__LINE__, "/usr/lib", "/usr/lib"},
         {__LINE__, "/a/...", "/a/..."},
         {__LINE__, " /a", cwd + "/ /a"},
         {__LINE__, "..", parent},
@@ -283,7 +244,6 @@ TEST(FileTemporaryPath, FollowsTmpdir)
         const char* path;
     } rows[] = {
         {__LINE__, "/var/tmp/zantor", "/var/tmp/zantor"},
-        {__LINE__, "/scratch/", "/scratch/"},
         {__LINE__, "", "/tmp"},
         {__LINE__, nullptr, "/tmp"},
     };

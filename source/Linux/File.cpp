@@ -68,7 +68,8 @@ char File::GetDirectorySeparator()
 
 const std::string& File::GetEndOfLine()
 {
-    static const std::string endOfLine("\n");
+    // Never destroyed, so the reference stays valid while the process exits.
+    static const std::string& endOfLine = *new std::string("\n");
     return endOfLine;
 }
 

@@ -114,6 +114,25 @@ constexpr ErrnoMapping kReverseOnlyMappings[] = {
     {ENOTSUP, 10045},      // WSAEOPNOTSUPP
 };
 
+struct OwnText
+{
+    std::uint32_t osError;
+    const char* text;
+};
+
+// Win32 numbers that no errno describes, or whose errno twin's text names a
+// different condition (ENOTTY's "Inappropriate ioctl for device" for
+// ERROR_INVALID_FUNCTION, ERANGE's "Numerical result out of range" for
+// ERROR_INSUFFICIENT_BUFFER): their text is the library's, worded after the
+// Windows message and in strerror's style.
+constexpr OwnText kOwnTexts[] = {
+    {1, "Incorrect function"},                                  // ERROR_INVALID_FUNCTION
+    {3, "The system cannot find the path specified"},           // ERROR_PATH_NOT_FOUND
+    {86, "The specified network password is not correct"},      // ERROR_INVALID_PASSWORD
+    {122, "The data area passed to a system call is too small"}, // ERROR_INSUFFICIENT_BUFFER
+    {11001, "No such host is known"},                           // WSAHOST_NOT_FOUND
+};
+
 constexpr bool TablesAreConsistent()
 {
     for (std::size_t i = 0; i < std::size(kErrnoMappings); ++i)
@@ -202,6 +221,14 @@ int OsErrorToErrno(std::uint32_t osError) noexcept
 
 bool Detail::GetSystemErrorText(std::uint32_t osError, std::string& text)
 {
+    for (const OwnText& own : kOwnTexts)
+    {
+        if (own.osError == osError)
+        {
+            text = own.text;
+            return true;
+        }
+    }
     const int errnoValue = OsErrorToErrno(osError);
     if (errnoValue < 0 || !IsKnownErrno(errnoValue))
         return false;

@@ -63,7 +63,8 @@ char File::GetDirectorySeparator()
 
 const std::string& File::GetEndOfLine()
 {
-    static const std::string endOfLine("\r\n");
+    // Never destroyed, so the reference stays valid while the process exits.
+    static const std::string& endOfLine = *new std::string("\r\n");
     return endOfLine;
 }
 

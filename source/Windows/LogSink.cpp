@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <windows.h>
@@ -75,7 +76,8 @@ struct EventLogState
 
 const EventLogState& GetEventLogState()
 {
-    static const EventLogState state = [] {
+    // Never destroyed: a message logged by a destructor at exit still finds it.
+    static const EventLogState& state = *[] {
         EventLogState created;
         const std::string eventLogName = GetEventLogName();
         created.programName = GetProgramBaseName();
@@ -87,7 +89,7 @@ const EventLogState& GetEventLogState()
             RegCloseKey(key);
             created.source = RegisterEventSourceA(nullptr, eventLogName.c_str());
         }
-        return created;
+        return new EventLogState(std::move(created));
     }();
     return state;
 }

@@ -86,7 +86,9 @@ public:
     // both; "." and ".." (and a path ending in one, like "C:\\dir\\..") are
     // all directory with an empty file name. The directory loses a trailing
     // backslash unless it is a root ("C:\\a\\b.txt" -> "C:\\a"; "C:\\b.txt"
-    // -> "C:\\"). Never fails; fills both outputs.
+    // -> "C:\\"). A zero character ends the path, as it does for every
+    // system call: "dir/a\0/b" splits as "dir/a" does. Never fails; fills both
+    // outputs.
     static void SplitPath(const std::string& path, std::string& directory, std::string& fileName);
 
     // True when path names an existing regular file (symbolic links are

@@ -6,7 +6,8 @@
 // a log line or an OsException means the same everywhere.
 //
 // Thread safety: all functions may be called from any thread. The text table
-// is built on the first call of StatusCodeToString (thread-safe static init).
+// is built on the first call of StatusCodeToString (thread-safe static init)
+// and never destroyed, so texts stay valid while the process exits.
 //
 //   StatusCode status = builder.AppendUInt32(value, MessageHandler::ENDIAN_BIG);
 //   if (status != STATUS_CODE_SUCCESS)
@@ -116,7 +117,10 @@ ZANTOR_BASE_API StatusCode OsErrorToStatusCode(std::uint32_t osError, unsigned c
 
 // Returns a readable text for a Win32 error number: the system's message
 // without trailing white space, or "error %u" when there is none. On Linux
-// the number is described through its errno equivalent and strerror.
+// the number is described through its errno equivalent and strerror, and the
+// numbers no errno describes with the same meaning (every number of the
+// mapping table among them) have texts of the library's own, so a text never
+// names another condition than the number's.
 ZANTOR_BASE_API std::string OsErrorToString(std::uint32_t osError);
 
 // The calling thread's last OS error as a Win32 error number: GetLastError()
