@@ -4,10 +4,10 @@
 #   make demo            build and run the examples
 #   make bench           build and run the benchmarks
 #   make check-windows   MinGW-w64 x86-64 tests under Wine, x86 link check
-#   make fuzz            run every libFuzzer target for FUZZ_SECONDS each
+#   make fuzz            run every libFuzzer target, FUZZ_SECONDS in all
 #   make mutants         plant MUTANTS faults (seed SEED) and check the unit tests catch them
 
-FUZZ_SECONDS ?= 30
+FUZZ_SECONDS ?= 150
 JOBS ?= $(shell nproc)
 export CCACHE_DIR ?= $(HOME)/.cache/zantor-ccache
 export WINEDEBUG := -all

@@ -17,8 +17,11 @@ the function bodies in include/ headers:
     delete       an expression statement replaced by an empty block
 
 Comments, string and character literals and preprocessor lines are never
-touched. The sample is drawn from every candidate with the given seed, so
-the same seed over the same sources gives the same mutants.
+touched. Each candidate gets a key hashed from the seed, its file, the text
+of its line and the edit; the sample is the N smallest keys. The same seed
+therefore gives the same mutants over the same sources, and an edit
+elsewhere in the tree does not change which mutants the untouched lines get,
+so runs before and after a change of the tests compare like with like.
 
 Work happens in a copy of the working tree (tracked and untracked files that
 git does not ignore) under the work directory, built with the default
@@ -31,8 +34,9 @@ when the build fails. The kill rate is killed / (killed + survived).
 """
 
 import argparse
+import dataclasses
+import hashlib
 import os
-import random
 import re
 import shutil
 import signal
@@ -61,6 +65,7 @@ class Mutant:
     kind: str
     old: str
     new: str
+    context: str = ""  # the line's text and how many equal lines came before it
 
     def describe(self, text_line):
         return f"{self.path}:{self.line}: {self.kind}: `{self.old}` -> `{self.new}`   | {text_line.strip()}"
@@ -203,6 +208,11 @@ def line_mutants(path, number, code, original, previous_code):
     return out
 
 
+def sample_key(seed, mutant):
+    text = f"{seed}|{mutant.path}|{mutant.context}|{mutant.column}|{mutant.kind}|{mutant.new}"
+    return hashlib.sha256(text.encode(errors="surrogateescape")).hexdigest()
+
+
 def candidate_files(only):
     files = set()
     for pattern in SOURCE_GLOBS:
@@ -227,9 +237,14 @@ def collect(files, root):
         originals = text.split("\n")
         flags = code_line_flags(lines, relative.endswith(".h"))
         previous = ""
+        seen = {}
         for index, (code, flag) in enumerate(zip(lines, flags)):
             if flag:
-                mutants.extend(line_mutants(relative, index + 1, code, originals[index], previous))
+                text = originals[index].strip()
+                seen[text] = seen.get(text, 0) + 1
+                context = f"{text}#{seen[text]}"
+                mutants.extend(dataclasses.replace(m, context=context)
+                               for m in line_mutants(relative, index + 1, code, originals[index], previous))
             if code.strip():
                 previous = code
     return mutants
@@ -308,7 +323,7 @@ def main():
     candidates = collect(files, ROOT)
     if not candidates:
         sys.exit("mutants: no candidate mutation")
-    sample = random.Random(args.seed).sample(candidates, min(args.count, len(candidates)))
+    sample = sorted(candidates, key=lambda m: sample_key(args.seed, m))[:args.count]
     sample.sort(key=lambda m: (m.path, m.line, m.column, m.kind, m.new))
     kinds = {}
     for m in candidates:

@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
-# Runs every libFuzzer target in a directory for a bounded time, two at a
-# time, seeded from tests/fuzz/corpus/<target>. Any crash, sanitizer report
+# Runs every libFuzzer target in a directory, two at a time, within one total
+# time budget in seconds shared by all targets (each gets an equal share, at
+# least 5 s), seeded from tests/fuzz/corpus/<target>. Any crash, sanitizer report
 # or leak fails the run and leaves the reproducer in build/fuzz/artifacts.
 set -euo pipefail
 bin_dir=$1
-seconds=$2
+budget=$2
 root=$(cd "$(dirname "$0")/.." && pwd)
 artifacts="$root/build/fuzz/artifacts"
 mkdir -p "$artifacts"
@@ -36,4 +37,8 @@ if [[ -z "$targets" ]]; then
   echo "no fuzz targets in $bin_dir" >&2
   exit 1
 fi
+count=$(echo "$targets" | wc -l)
+seconds=$(( budget * 2 / count ))
+(( seconds >= 5 )) || seconds=5
+echo "fuzzing $count targets for ${seconds} s each (budget ${budget} s, two at a time)"
 echo "$targets" | xargs -P 2 -I{} bash -c 'run_one "$@"' _ {} "$seconds" "$root" "$artifacts"

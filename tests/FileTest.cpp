@@ -27,13 +27,7 @@ constexpr bool kWindows = true;
 constexpr bool kWindows = false;
 #endif
 
-struct SplitRow
-{
-    int line;
-    std::string path;
-    std::string directory;
-    std::string fileName;
-};
+struct SplitRow { int line; std::string path; std::string directory; std::string fileName; };
 
 const std::string kLongDirectory = "C:\\" + std::string(300, 'a');
 
@@ -96,13 +90,7 @@ TEST(FileIsAbsolutePath, Table)
 TEST(FileMakePath, Table)
 {
     const std::string sep(1, File::GetDirectorySeparator());
-    const struct
-    {
-        int line;
-        std::string directory;
-        std::string name;
-        std::string expected;
-    } rows[] = {
+    const struct { int line; std::string directory; std::string name; std::string expected; } rows[] = {
         {__LINE__, "C:", "x", "C:x"},
         {__LINE__, "C:\\d\\", "x", "C:\\d\\x"},
         {__LINE__, "", "x", "x"},
@@ -185,12 +173,7 @@ TEST(FileMakeAbsolutePath, LexicalOnLinux)
     const std::string cwd = buffer;
     // The parent of the current directory, lexically.
     const std::string parent = cwd == "/" ? "/" : cwd.substr(0, std::max<std::size_t>(1, cwd.rfind('/')));
-    const struct
-    {
-        int line;
-        std::string path;
-        std::string expected;
-    } rows[] = {
+    const struct { int line; std::string path; std::string expected; } rows[] = {
         {__LINE__, "a/b", cwd + "/a/b"},
         {__LINE__, "a/./b/../c", cwd + "/a/c"},
         {__LINE__, "x/", cwd + "/x/"},
@@ -237,12 +220,7 @@ TEST(FileTemporaryPath, FollowsTmpdir)
 {
     const char* value = std::getenv("TMPDIR");
     const std::string saved = value != nullptr ? value : "";
-    const struct
-    {
-        int line;
-        const char* tmpdir; // nullptr: unset
-        const char* path;
-    } rows[] = {
+    const struct { int line; const char* tmpdir; const char* path; } rows[] = { // tmpdir nullptr: unset
         {__LINE__, "/var/tmp/zantor", "/var/tmp/zantor"},
         {__LINE__, "", "/tmp"},
         {__LINE__, nullptr, "/tmp"},
@@ -269,15 +247,6 @@ TEST(FileMakeAbsolutePath, FullPathOnWindows)
     EXPECT_EQ(relative.substr(relative.size() - 19), "\\does-not-exist.txt");
     ExpectPathNotFound("C:\\" + std::string(300, 'a'), __LINE__);
     ExpectPathNotFound(std::string("a\0b", 3), __LINE__);
-}
-
-TEST(FileTemporaryPath, FromTheSystem)
-{
-    const std::string path = File::GetTemporaryPath();
-    ASSERT_FALSE(path.empty());
-    EXPECT_TRUE(File::IsAbsolutePath(path)) << path;
-    // GetTempPathA always ends the directory with a backslash.
-    EXPECT_EQ(path.back(), '\\') << path;
 }
 
 // GetTemporaryPath gives what the system gives, which follows TMP; the

@@ -33,7 +33,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     using Zantor::File;
 
     const std::string path(reinterpret_cast<const char*>(data), size);
-    const std::string trimmed = Trim(path);
+    // A zero character ends the path.
+    const std::string trimmed = Trim(path.substr(0, path.find('\0')));
 
     std::string directory;
     std::string fileName;
