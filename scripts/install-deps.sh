@@ -5,7 +5,7 @@
 set -euo pipefail
 
 packages=(
-  build-essential cmake ninja-build ccache pkg-config
+  build-essential cmake ninja-build ccache pkg-config python3
   clang libclang-rt-14-dev
   libboost-dev
   zlib1g-dev libxxhash-dev

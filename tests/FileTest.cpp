@@ -14,6 +14,7 @@
 #if defined(_WIN32)
 #include <windows.h>
 #else
+#include <sys/stat.h>
 #include <unistd.h>
 #endif
 
@@ -214,6 +215,26 @@ TEST(FileMakeAbsolutePath, RemovedCurrentDirectoryThrows)
     // An absolute path does not need the current directory.
     EXPECT_EQ(File::MakeAbsolutePath("/tmp/./x"), "/tmp/x");
     ASSERT_EQ(::chdir(saved.c_str()), 0);
+}
+
+// A current directory longer than PATH_MAX is read all the same, and "..",
+// collapsed lexically, brings the result back under the limit.
+TEST(FileMakeAbsolutePath, CurrentDirectoryLongerThanPathMax)
+{
+    char buffer[4096];
+    ASSERT_NE(::getcwd(buffer, sizeof buffer), nullptr);
+    const std::string saved = buffer;
+    ScratchDirectory scratch;
+    ASSERT_EQ(::chdir(scratch.path.c_str()), 0);
+    const std::string component(200, 'd');
+    std::string up;
+    for (int depth = 0; depth < 24; ++depth, up += "../")
+        ASSERT_TRUE(::mkdir(component.c_str(), 0700) == 0 && ::chdir(component.c_str()) == 0);
+    const std::string result = File::MakeAbsolutePath(up + "x");
+    for (int depth = 0; depth < 24; ++depth)
+        ASSERT_TRUE(::chdir("..") == 0 && ::rmdir(component.c_str()) == 0);
+    ASSERT_EQ(::chdir(saved.c_str()), 0);
+    EXPECT_EQ(result, scratch.path.string() + "/x");
 }
 
 TEST(FileTemporaryPath, FollowsTmpdir)
