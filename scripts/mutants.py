@@ -30,7 +30,12 @@ the copy, built incrementally, run against the unit tests (CTest label
 "unit") with a timeout, and the original file is put back whatever happens,
 interrupt included. A mutant is killed when the build succeeds and a test
 fails or times out, survived when every test passes, and "did not compile"
-when the build fails. The kill rate is killed / (killed + survived).
+when the build fails, and "no code change" when the build leaves every
+library and test binary the same once stripped (code in a preprocessor
+branch not compiled here, a store the compiler drops): no test can tell
+such a mutant from the original. The kill rate is killed / (killed +
+survived). The copy is built with libstdc++'s assertions on, so a mutant
+that indexes past a container fails loudly instead of by chance.
 """
 
 import argparse
@@ -288,6 +293,22 @@ def run(command, cwd, timeout):
         return None, (expired.stdout or b"").decode(errors="replace")
 
 
+def binaries_digest(copy):
+    """A digest of the stripped library and test programs: equal digests mean
+    the mutant changed no code."""
+    digest = hashlib.sha256()
+    build_dir = copy / "build/default"
+    files = sorted(p for p in list((build_dir / "lib").glob("*.so*")) + list((build_dir / "bin").glob("*"))
+                   if p.is_file() and not p.is_symlink())
+    stripped = build_dir / "mutants-stripped"
+    for path in files:
+        subprocess.run(["strip", "-R", ".note.gnu.build-id", "-o", str(stripped), str(path)], check=True,
+                       capture_output=True)
+        digest.update(path.name.encode() + b"\0" + stripped.read_bytes())
+    stripped.unlink(missing_ok=True)
+    return digest.hexdigest()
+
+
 def build(copy, jobs, timeout):
     return run(["cmake", "--build", "--preset", "default", "-j", str(jobs)], copy, timeout)
 
@@ -339,12 +360,12 @@ def main():
     copy = workdir / "tree"
     print(f"mutants: copying the working tree to {copy}")
     sync_copy(copy)
-    if not (copy / "build/default/build.ninja").is_file():
-        code, output = run(["cmake", "--preset", "default", "-Wno-dev", "-DZANTOR_BUILD_BENCH=OFF",
-                            "-DZANTOR_BUILD_EXAMPLES=OFF", "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON"], copy, 600)
-        if code != 0:
-            print(output)
-            sys.exit("mutants: configuring the copy failed")
+    code, output = run(["cmake", "--preset", "default", "-Wno-dev", "-DZANTOR_BUILD_BENCH=OFF",
+                        "-DZANTOR_BUILD_EXAMPLES=OFF", "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON",
+                        "-DCMAKE_CXX_FLAGS=-D_GLIBCXX_ASSERTIONS"], copy, 600)
+    if code != 0:
+        print(output)
+        sys.exit("mutants: configuring the copy failed")
     print("mutants: building and testing the unmutated copy")
     code, output = build(copy, args.jobs, 3600)
     if code != 0:
@@ -354,11 +375,12 @@ def main():
     if code != 0:
         print(output[-4000:])
         sys.exit("mutants: the unit tests fail without any mutant")
+    original_digest = binaries_digest(copy)
 
     for signum in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
         signal.signal(signum, on_signal)
 
-    results = {"killed": [], "survived": [], "did not compile": []}
+    results = {"killed": [], "survived": [], "did not compile": [], "no code change": []}
     started = time.monotonic()
     try:
         for index, mutant in enumerate(sample, 1):
@@ -373,6 +395,8 @@ def main():
                 code, _ = build(copy, args.jobs, 1800)
                 if code != 0:
                     outcome = "did not compile"
+                elif binaries_digest(copy) == original_digest:
+                    outcome = "no code change"
                 else:
                     code, _ = test(copy, args.jobs, args.timeout)
                     outcome = "survived" if code == 0 else "killed"
@@ -387,9 +411,9 @@ def main():
             signal.signal(signum, signal.SIG_DFL)
 
     killed, survived = len(results["killed"]), len(results["survived"])
-    failed = len(results["did not compile"])
+    failed, unchanged = len(results["did not compile"]), len(results["no code change"])
     rate = 100.0 * killed / (killed + survived) if killed + survived else 0.0
-    print(f"\nmutants: killed {killed}, survived {survived}, did not compile {failed}; "
+    print(f"\nmutants: killed {killed}, survived {survived}, did not compile {failed}, no code change {unchanged}; "
           f"kill rate {rate:.1f}% ({killed}/{killed + survived}); seed {args.seed}, "
           f"{time.monotonic() - started:.0f} s")
     if survived:

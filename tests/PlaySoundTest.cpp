@@ -1,7 +1,8 @@
 // PlaySoundA: the checks of the sound image (Linux) and the status when no
 // sound server can be reached. The tests point PulseAudio at a server that
 // does not exist, so nothing is ever played and a well-formed image gives
-// STATUS_CODE_FAILURE whether or not PulseAudio is installed.
+// STATUS_CODE_FAILURE whether or not PulseAudio is installed. The playback
+// path itself runs against a stand-in library (PlaySoundPlayback).
 #include <ZantorMiddleware/ZantorBase/PlaySound.h>
 
 #include <gtest/gtest.h>
@@ -13,6 +14,10 @@
 #include <memory>
 #include <string>
 #include <vector>
+
+#ifndef _WIN32
+#include <dlfcn.h>
+#endif
 
 namespace Zantor {
 namespace {
@@ -184,6 +189,42 @@ TEST_F(PlaySoundTest, ImageValidation)
         SCOPED_TRACE(testing::Message() << "row " << i << " at line " << rows[i].line);
         EXPECT_EQ(rows[i].valid ? STATUS_CODE_FAILURE : STATUS_CODE_INVALID_FORMAT, Play(rows[i].image));
     }
+}
+
+// Run by the PlaySoundPlayback test with the stand-in libpulse-simple.so.0
+// (tests/support) first on LD_LIBRARY_PATH; skipped where it is not.
+TEST(PlaySoundPlayback, TheStreamFollowsTheImage)
+{
+    void* fake = dlopen("libpulse-simple.so.0", RTLD_NOW);
+    const auto reset = fake ? reinterpret_cast<void (*)(bool, bool)>(dlsym(fake, "FakePulseReset")) : nullptr;
+    const auto log = fake ? reinterpret_cast<const char* (*)(int)>(dlsym(fake, "FakePulseLog")) : nullptr;
+    if (reset == nullptr || log == nullptr)
+        GTEST_SKIP() << "needs the stand-in libpulse-simple.so.0 on LD_LIBRARY_PATH";
+    const auto numbered = [](Bytes image) { // samples 01 02 ... 08
+        for (unsigned i = 0; i < 8; ++i)
+            image[44 + i] = static_cast<unsigned char>(i + 1);
+        return image;
+    };
+    const std::string opened = "new ZantorBase PlaySound dir 1 format ", all = " write 01 02 03 04 05 06 07 08;";
+    const struct { Bytes image; bool async, failCreate, failWrite; StatusCode status; std::string log; } rows[] = {
+        {numbered(kValid), false, false, false, STATUS_CODE_SUCCESS, opened + "3 rate 8000 channels 1;" + all + " drain; free;"},
+        {numbered(kValid), true, false, false, STATUS_CODE_SUCCESS, opened + "3 rate 8000 channels 1;" + all + " drain; free;"},
+        {numbered(Shaped(2, 8)), false, false, false, STATUS_CODE_SUCCESS, opened + "0 rate 8000 channels 2;" + all + " drain; free;"},
+        {numbered(Shaped(1, 32)), true, false, false, STATUS_CODE_SUCCESS, opened + "7 rate 8000 channels 1;" + all + " drain; free;"},
+        {numbered(Shaped(1, 24)), false, false, false, STATUS_CODE_SUCCESS,
+         opened + "9 rate 8000 channels 1; write 01 02 03 04 05 06; drain; free;"}, // whole frames only
+        {Edited(kDataLength, 4, 0), false, false, false, STATUS_CODE_SUCCESS, opened + "3 rate 8000 channels 1; drain; free;"},
+        {numbered(kValid), false, false, true, STATUS_CODE_FAILURE, opened + "3 rate 8000 channels 1;" + all + " free;"},
+        {numbered(kValid), true, false, true, STATUS_CODE_SUCCESS, opened + "3 rate 8000 channels 1;" + all + " free;"},
+        {numbered(kValid), false, true, false, STATUS_CODE_FAILURE, opened + "3 rate 8000 channels 1;"},
+    };
+    for (const auto& row : rows)
+    {
+        reset(row.failCreate, row.failWrite);
+        EXPECT_EQ(row.status, Play(row.image, row.async));
+        EXPECT_EQ(row.log, log(row.failCreate ? 0 : 1)) << &row - rows;
+    }
+    dlclose(fake);
 }
 
 #else
