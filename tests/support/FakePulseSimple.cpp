@@ -22,9 +22,14 @@ std::mutex g_mutex;
 std::condition_variable g_freed;
 std::string g_log;
 int g_freeCount = 0;
-bool g_failCreate = false;
-bool g_failWrite = false;
+bool g_failCreate = false, g_failWrite = false;
 int g_stream; // its address is the one stream handed out
+
+// Logs what was asked of the stream, and whether it is the one handed out.
+void Log(const void* stream, const std::string& text)
+{
+    g_log += (stream == &g_stream ? " " : " wrong stream: ") + text + ";";
+}
 
 } // namespace
 
@@ -44,14 +49,14 @@ FAKE_API void* pa_simple_new(const char*, const char* name, int direction, const
 FAKE_API int pa_simple_write(void* stream, const void* data, std::size_t bytes, int* error)
 {
     std::lock_guard<std::mutex> lock(g_mutex);
-    g_log += stream == &g_stream ? " write" : " write to a wrong stream";
+    std::string text = "write";
     for (std::size_t i = 0; i < bytes; ++i)
     {
         char hex[4];
         std::snprintf(hex, sizeof hex, " %02x", static_cast<const unsigned char*>(data)[i]);
-        g_log += hex;
+        text += hex;
     }
-    g_log += ";";
+    Log(stream, text);
     *error = g_failWrite ? 1 : 0;
     return g_failWrite ? -1 : 0;
 }
@@ -59,15 +64,14 @@ FAKE_API int pa_simple_write(void* stream, const void* data, std::size_t bytes, 
 FAKE_API int pa_simple_drain(void* stream, int* error)
 {
     std::lock_guard<std::mutex> lock(g_mutex);
-    g_log += stream == &g_stream ? " drain;" : " drain of a wrong stream;";
-    *error = 0;
-    return 0;
+    Log(stream, "drain");
+    return *error = 0;
 }
 
 FAKE_API void pa_simple_free(void* stream)
 {
     std::lock_guard<std::mutex> lock(g_mutex);
-    g_log += stream == &g_stream ? " free;" : " free of a wrong stream;";
+    Log(stream, "free");
     ++g_freeCount;
     g_freed.notify_all();
 }
