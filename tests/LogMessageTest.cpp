@@ -111,7 +111,7 @@ void SetLocalTime(long secondOfDay)
 }
 
 // A message of each log type and an alert; then the datagrams the system
-// log socket holds, one a line.
+// log socket holds, one a line, written past the buffer of stdout.
 void PrintEveryType(int log)
 {
     for (const unsigned char type : {LOG_TYPE_DEBUG, LOG_TYPE_INFO, LOG_TYPE_WARNING, LOG_TYPE_ERROR})
@@ -119,7 +119,7 @@ void PrintEveryType(int log)
     PrintfAlertMessage(ALERT_TYPE_OPEN, ALERT_ID_PROCESS_DIE, "alert");
     char datagram[1024];
     for (ssize_t got; (got = ::recv(log, datagram, sizeof datagram, MSG_DONTWAIT)) > 0;)
-        std::printf("%.*s\n", static_cast<int>(got), datagram);
+        ::dprintf(STDOUT_FILENO, "%.*s\n", static_cast<int>(got), datagram);
 }
 
 // The child, standard output and standard error on files: first with a
@@ -127,13 +127,12 @@ void PrintEveryType(int log)
 // both on /dev/null. Then, in a mount namespace of its own with an empty /dev
 // where it binds the system log socket itself: standard error closed after
 // the log daemon restarted, and taken by the socket of the C library's
-// syslog(3), which is no console either. The library's own socket never takes
+// syslog(3), which is no console either. The library's own socket stays above
 // descriptor 2, and the application's syslog identity survives the library's
 // messages.
 int PrintEverywhere(std::FILE* const (&files)[2])
 {
     for (const int descriptor : {STDOUT_FILENO, STDERR_FILENO}) ::dup2(::fileno(files[descriptor - 1]), descriptor);
-    std::setvbuf(stdout, nullptr, _IONBF, 0);
     SetLocalTime(9 * 3600 + 5 * 60 + 7);
     PrintfLogMessage(LOG_TYPE_INFO, "%s 101.25");
     PrintfLogMessage(LOG_TYPE_ERROR, nullptr);
@@ -149,23 +148,23 @@ int PrintEverywhere(std::FILE* const (&files)[2])
                           ::bind(log, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
     for (const int descriptor : {STDIN_FILENO, STDERR_FILENO}) ::close(descriptor);
     PrintEveryType(log);
-    bool descriptor2Taken = ::fcntl(STDERR_FILENO, F_GETFD) != -1;
+    bool lowDescriptorTaken = ::fcntl(STDIN_FILENO, F_GETFD) != -1 || ::fcntl(STDERR_FILENO, F_GETFD) != -1;
     for (const int descriptor : {STDIN_FILENO, STDERR_FILENO}) ::dup2(null, descriptor);
     PrintEveryType(log);
     if (!isolated)
-        return descriptor2Taken ? 3 : kNoNamespace;
+        return lowDescriptorTaken ? 3 : kNoNamespace;
     ::close(log);
     ::unlink("/dev/log");
     ::bind(log = ::socket(AF_UNIX, SOCK_DGRAM, 0), reinterpret_cast<const sockaddr*>(&address), sizeof address);
     ::close(STDERR_FILENO);
     PrintEveryType(log);
-    descriptor2Taken = descriptor2Taken || ::fcntl(STDERR_FILENO, F_GETFD) != -1;
+    lowDescriptorTaken = lowDescriptorTaken || ::fcntl(STDERR_FILENO, F_GETFD) != -1;
     ::openlog("application", 0, LOG_LOCAL0);
     ::syslog(LOG_NOTICE, "%s", "application line");
     PrintEveryType(log);
     ::syslog(LOG_NOTICE, "%s", "application again");
     PrintEveryType(log);
-    return descriptor2Taken ? 3 : 0;
+    return lowDescriptorTaken ? 3 : 0;
 }
 
 // With a console, one line "hh:mm:ss <message>\n" in local time (a second may
@@ -203,6 +202,34 @@ TEST(LogMessageTest, PrintersOnTheConsoleOrTheSystemLog)
         << out;
     if (code == kNoNamespace)
         GTEST_SKIP() << "no mount namespace for a private /dev/log here";
+}
+
+// Without a console, a line the system log cannot take is dropped: a log
+// daemon that stops reading must not block the threads that log.
+TEST(LogMessageTest, FullSystemLogDropsInsteadOfBlocking)
+{
+    const pid_t child = ::fork();
+    if (child == 0)
+    {
+        // A private /dev/log that is never read, as a stalled log daemon.
+        if (::unshare(CLONE_NEWNS) != 0 || ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            ::mount("zantor-test", "/dev", "tmpfs", 0, nullptr) != 0)
+            ::_exit(77);
+        const int log = ::socket(AF_UNIX, SOCK_DGRAM, 0);
+        sockaddr_un address{AF_UNIX, "/dev/log"};
+        if (::bind(log, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+            ::_exit(2);
+        ::close(STDERR_FILENO); // no console
+        ::alarm(10);            // a blocked child dies of SIGALRM
+        for (int i = 0; i < 100; ++i)
+            PrintfLogMessage(LOG_TYPE_INFO, "never read");
+        ::_exit(0);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    if (WIFEXITED(status) && WEXITSTATUS(status) == 77)
+        GTEST_SKIP() << "no mount namespace here";
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "the logging call blocked or failed";
 }
 
 #endif // !_WIN32

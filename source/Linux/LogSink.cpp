@@ -66,7 +66,8 @@ public:
         {
             if (socket_ < 0 && !Connect())
                 return;
-            if (::send(socket_, line.data(), line.size(), MSG_NOSIGNAL) >= 0)
+            // Never wait for a log daemon that stops reading: the line is dropped.
+            if (::send(socket_, line.data(), line.size(), MSG_NOSIGNAL | MSG_DONTWAIT) >= 0)
                 return;
             if (errno == EMSGSIZE || errno == ENOBUFS || errno == EAGAIN)
                 return; // too long or no room: the connection itself is fine
