@@ -201,17 +201,18 @@ TEST(PlaySoundPlayback, TheStreamFollowsTheImage)
         return image;
     };
     const std::string opened = "new ZantorBase PlaySound dir 1 format ", all = " write 01 02 03 04 05 06 07 08;";
+    const std::string mono16 = opened + "3 rate 8000 channels 1;";
     const struct { Bytes image; bool async, failCreate, failWrite; StatusCode status; std::string log; } rows[] = {
-        {numbered(kValid), false, false, false, STATUS_CODE_SUCCESS, opened + "3 rate 8000 channels 1;" + all + " drain; free;"},
-        {numbered(kValid), true, false, false, STATUS_CODE_SUCCESS, opened + "3 rate 8000 channels 1;" + all + " drain; free;"},
+        {numbered(kValid), false, false, false, STATUS_CODE_SUCCESS, mono16 + all + " drain; free;"},
+        {numbered(kValid), true, false, false, STATUS_CODE_SUCCESS, mono16 + all + " drain; free;"},
         {numbered(Shaped(2, 8)), false, false, false, STATUS_CODE_SUCCESS, opened + "0 rate 8000 channels 2;" + all + " drain; free;"},
         {numbered(Shaped(1, 32)), true, false, false, STATUS_CODE_SUCCESS, opened + "7 rate 8000 channels 1;" + all + " drain; free;"},
         {numbered(Shaped(1, 24)), false, false, false, STATUS_CODE_SUCCESS,
          opened + "9 rate 8000 channels 1; write 01 02 03 04 05 06; drain; free;"}, // whole frames only
-        {Edited(kDataLength, 4, 0), false, false, false, STATUS_CODE_SUCCESS, opened + "3 rate 8000 channels 1; drain; free;"},
-        {numbered(kValid), false, false, true, STATUS_CODE_FAILURE, opened + "3 rate 8000 channels 1;" + all + " free;"},
-        {numbered(kValid), true, false, true, STATUS_CODE_SUCCESS, opened + "3 rate 8000 channels 1;" + all + " free;"},
-        {numbered(kValid), false, true, false, STATUS_CODE_FAILURE, opened + "3 rate 8000 channels 1;"},
+        {Edited(kDataLength, 4, 0), false, false, false, STATUS_CODE_SUCCESS, mono16 + " drain; free;"},
+        {numbered(kValid), false, false, true, STATUS_CODE_FAILURE, mono16 + all + " free;"},
+        {numbered(kValid), true, false, true, STATUS_CODE_SUCCESS, mono16 + all + " free;"},
+        {numbered(kValid), false, true, false, STATUS_CODE_FAILURE, mono16},
     };
     for (const auto& row : rows)
     {
