@@ -1,0 +1,42 @@
+// The field type factory: one switch from type code to concrete class.
+#include <ZantorMiddleware/ZantorBase/FieldTypes/FieldTypeFactory.h>
+
+#include <new>
+
+namespace Zantor {
+
+FieldTypeFactory& FieldTypeFactory::GetInstance() noexcept
+{
+    // Stateless and trivially destructible, so one constant instance serves
+    // every thread from the start of the process to its very end.
+    static FieldTypeFactory instance;
+    return instance;
+}
+
+IFieldType* FieldTypeFactory::Create(unsigned char type) const noexcept
+{
+    switch (type)
+    {
+    default: return nullptr;
+    }
+}
+
+IFieldType* FieldTypeFactory::Clone(const IFieldType* field) const noexcept
+{
+    return Convert(field != nullptr ? field->GetType() : FIELD_TYPE_UNKNOWN, field);
+}
+
+IFieldType* FieldTypeFactory::Convert(unsigned char type, const IFieldType* field) const noexcept
+{
+    if (field == nullptr)
+        return nullptr;
+    IFieldType* value = Create(type);
+    if (value != nullptr && value->Convert(field) != STATUS_CODE_SUCCESS)
+    {
+        delete value;
+        return nullptr;
+    }
+    return value;
+}
+
+} // namespace Zantor

@@ -1,0 +1,191 @@
+// The field type table, the type-dispatching members of IFieldType and the
+// text every FromString shares.
+#include <ZantorMiddleware/ZantorBase/FieldTypes/IFieldType.h>
+
+#include <ZantorMiddleware/ZantorBase/FieldTypes/FieldTypeFactory.h>
+#include <ZantorMiddleware/ZantorBase/MessageBuilder.h>
+#include <ZantorMiddleware/ZantorBase/MessageValidator.h>
+
+#include <cstring>
+#include <memory>
+
+namespace Zantor {
+
+namespace {
+
+struct FieldTypeRow
+{
+    const char* name;
+    unsigned char recordLengthSize;
+    unsigned char updateLengthSize;
+};
+
+// One row per code, in code order.
+constexpr FieldTypeRow kFieldTypes[] = {
+    {"Date", 0, 0},         {"Time", 0, 0},        {"DateTime", 0, 0},      {"SInt", 0, 1},
+    {"UInt", 0, 1},         {"Rational", 0, 0},    {"TRational", 0, 0},     {"TextString", 1, 1},
+    {"TextArray", 0, 1},    {"BinaryString", 1, 1}, {"BinaryArray", 0, 1},  {"Blob", 4, 4},
+    {"CrcBlob", 4, 4},      {"Boolean", 0, 0},
+};
+static_assert(std::size(kFieldTypes) == FIELD_TYPE_LAST + 1u);
+
+std::unique_ptr<IFieldType> MakeTemporary(unsigned char type)
+{
+    return std::unique_ptr<IFieldType>(FieldTypeFactory::GetInstance().Create(type));
+}
+
+} // namespace
+
+const char* FieldTypeToString(unsigned char type) noexcept
+{
+    return type <= FIELD_TYPE_LAST ? kFieldTypes[type].name : "Unknown";
+}
+
+unsigned char StringToFieldType(const std::string& name) noexcept
+{
+    for (unsigned char type = 0; type <= FIELD_TYPE_LAST; ++type)
+        if (name == kFieldTypes[type].name)
+            return type;
+    return FIELD_TYPE_UNKNOWN;
+}
+
+unsigned int FieldTypeToRecordLengthSize(unsigned char type) noexcept
+{
+    return type <= FIELD_TYPE_LAST ? kFieldTypes[type].recordLengthSize : 0;
+}
+
+unsigned int FieldTypeToUpdateLengthSize(unsigned char type) noexcept
+{
+    return type <= FIELD_TYPE_LAST ? kFieldTypes[type].updateLengthSize : 0;
+}
+
+bool IFieldType::IsValidSerializedBodyLength(unsigned char type, unsigned int length) noexcept
+{
+    switch (type)
+    {
+    case FIELD_TYPE_DATE: return length == 3;
+    case FIELD_TYPE_TIME: return length == 3 || length == 4;
+    case FIELD_TYPE_DATETIME: return length == 6 || length == 7;
+    case FIELD_TYPE_SINT:
+    case FIELD_TYPE_UINT: return length == 1 || length == 2 || length == 4 || length == 8;
+    case FIELD_TYPE_RATIONAL: return length == 2 || length == 3 || length == 5 || length == 9;
+    case FIELD_TYPE_TRATIONAL: return length == 3 || length == 4 || length == 6 || length == 10;
+    case FIELD_TYPE_TEXTSTRING:
+    case FIELD_TYPE_BINARYSTRING: return length >= 1 && length <= 255;
+    case FIELD_TYPE_TEXTARRAY:
+    case FIELD_TYPE_BINARYARRAY: return length != 0;
+    case FIELD_TYPE_BLOB: return length >= 5;
+    case FIELD_TYPE_CRCBLOB: return length >= 9;
+    case FIELD_TYPE_BOOLEAN: return length == 1;
+    default: return false;
+    }
+}
+
+StatusCode IFieldType::Assign(const IFieldType* other)
+{
+    if (other == nullptr || other->type_ != type_)
+        return STATUS_CODE_MISMATCH;
+    return Convert(other);
+}
+
+StatusCode IFieldType::Serialize(unsigned char type, MessageBuilder& builder, unsigned int maxLength) const
+{
+    if (type == type_)
+        return Serialize(builder, maxLength);
+    const std::unique_ptr<IFieldType> temporary = MakeTemporary(type);
+    if (!temporary)
+        return STATUS_CODE_HEAP_EMPTY;
+    const StatusCode status = temporary->Convert(this);
+    return status != STATUS_CODE_SUCCESS ? status : temporary->Serialize(builder, maxLength);
+}
+
+StatusCode IFieldType::SerializeBody(unsigned char type, void* buffer, unsigned int length,
+                                     unsigned int& written) const
+{
+    if (type == type_)
+        return SerializeBody(buffer, length, written);
+    const std::unique_ptr<IFieldType> temporary = MakeTemporary(type);
+    if (!temporary)
+        return STATUS_CODE_HEAP_EMPTY;
+    const StatusCode status = temporary->Convert(this);
+    return status != STATUS_CODE_SUCCESS ? status : temporary->SerializeBody(buffer, length, written);
+}
+
+StatusCode IFieldType::SerializeLengthAndBody(unsigned char type, MessageBuilder& builder,
+                                              unsigned int maxLength) const
+{
+    if (type == type_)
+        return SerializeLengthAndBody(builder, maxLength);
+    const std::unique_ptr<IFieldType> temporary = MakeTemporary(type);
+    if (!temporary)
+        return STATUS_CODE_HEAP_EMPTY;
+    const StatusCode status = temporary->Convert(this);
+    return status != STATUS_CODE_SUCCESS ? status : temporary->SerializeLengthAndBody(builder, maxLength);
+}
+
+// The reading forms read into the temporary through a copy of the
+// validator, so that the caller's cursor moves only when the conversion
+// succeeds as well.
+StatusCode IFieldType::Deserialize(unsigned char type, MessageValidator& validator, unsigned int length)
+{
+    if (type == type_)
+        return Deserialize(validator, length);
+    const std::unique_ptr<IFieldType> temporary = MakeTemporary(type);
+    if (!temporary)
+        return STATUS_CODE_HEAP_EMPTY;
+    MessageValidator reader = validator;
+    StatusCode status = temporary->Deserialize(reader, length);
+    if (status == STATUS_CODE_SUCCESS)
+        status = Convert(temporary.get());
+    if (status == STATUS_CODE_SUCCESS)
+        validator = reader;
+    return status;
+}
+
+StatusCode IFieldType::DeserializeBody(unsigned char type, const void* body, unsigned int length)
+{
+    if (type == type_)
+        return DeserializeBody(body, length);
+    const std::unique_ptr<IFieldType> temporary = MakeTemporary(type);
+    if (!temporary)
+        return STATUS_CODE_HEAP_EMPTY;
+    const StatusCode status = temporary->DeserializeBody(body, length);
+    return status != STATUS_CODE_SUCCESS ? status : Convert(temporary.get());
+}
+
+StatusCode IFieldType::DeserializeLengthAndBody(unsigned char type, MessageValidator& validator,
+                                                unsigned int maxLength)
+{
+    if (type == type_)
+        return DeserializeLengthAndBody(validator, maxLength);
+    const std::unique_ptr<IFieldType> temporary = MakeTemporary(type);
+    if (!temporary)
+        return STATUS_CODE_HEAP_EMPTY;
+    MessageValidator reader = validator;
+    StatusCode status = temporary->DeserializeLengthAndBody(reader, maxLength);
+    if (status == STATUS_CODE_SUCCESS)
+        status = Convert(temporary.get());
+    if (status == STATUS_CODE_SUCCESS)
+        validator = reader;
+    return status;
+}
+
+bool IFieldType::FromNotInitializedText(MessageValidator& text, StatusCode& status) noexcept
+{
+    constexpr unsigned size = 16; // std::strlen(NOT_INITIALIZED_TEXT)
+    static_assert(std::char_traits<char>::length(NOT_INITIALIZED_TEXT) == size);
+    if (text.GetRemaining() < size ||
+        std::memcmp(text.GetBuffer() + text.GetCursor(), NOT_INITIALIZED_TEXT, size) != 0)
+        return false;
+    if (text.GetRemaining() != size)
+    {
+        status = STATUS_CODE_INVALID_LENGTH;
+        return true;
+    }
+    text.ValidateBytes(size);
+    Reset();
+    status = STATUS_CODE_SUCCESS;
+    return true;
+}
+
+} // namespace Zantor
