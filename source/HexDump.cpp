@@ -53,7 +53,8 @@ constexpr unsigned kMaxLineLength = 255;
 
 inline char* PutHexByte(char* p, unsigned char value) noexcept
 {
-    std::memcpy(p, &kTables.hex[2u * value], 2);
+    p[0] = kTables.hex[2u * value];
+    p[1] = kTables.hex[2u * value + 1];
     return p + 2;
 }
 

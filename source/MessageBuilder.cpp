@@ -41,10 +41,11 @@ inline void MoveBytes(unsigned char* destination, const unsigned char* source, u
         std::reverse(destination, destination + size);
 }
 
+// Whether [source, source + size) and [block, block + blockSize) share a
+// byte. An empty block only occurs before the first growth, which replaces
+// it, so what this says of one never reaches a copy.
 inline bool Overlaps(const unsigned char* source, unsigned size, const unsigned char* block, std::uint32_t blockSize) noexcept
 {
-    if (block == nullptr || blockSize == 0)
-        return false;
     const auto s = reinterpret_cast<std::uintptr_t>(source);
     const auto b = reinterpret_cast<std::uintptr_t>(block);
     return s < b + blockSize && b < s + size;

@@ -415,7 +415,7 @@ StatusCode MessageValidator::Hexadecimal(unsigned size, Endian endian, std::uint
 template <typename T>
 StatusCode MessageValidator::TypedHexadecimal(unsigned size, Endian endian, T* value, FieldOutput output)
 {
-    std::uint64_t converted = 0;
+    std::uint64_t converted{};
     const StatusCode status = Hexadecimal(size, endian, std::numeric_limits<T>::max(), nullptr, nullptr, nullptr,
                                           value != nullptr, &converted, output);
     if (status == STATUS_CODE_SUCCESS && value != nullptr)
@@ -515,7 +515,7 @@ StatusCode MessageValidator::TypedUnsignedBinary(unsigned size, Endian endian, T
             return Commit(size, output);
         }
     }
-    std::uint64_t converted = 0;
+    std::uint64_t converted{};
     const StatusCode status = UnsignedBinary(size, endian, std::numeric_limits<T>::max(), nullptr, nullptr, nullptr,
                                              value != nullptr, &converted, output);
     if (status == STATUS_CODE_SUCCESS && value != nullptr)
@@ -526,7 +526,7 @@ StatusCode MessageValidator::TypedUnsignedBinary(unsigned size, Endian endian, T
 template <typename T>
 StatusCode MessageValidator::TypedSignedBinary(unsigned size, Endian endian, T* value, FieldOutput output)
 {
-    std::int64_t converted = 0;
+    std::int64_t converted{};
     const StatusCode status =
         SignedBinary(size, endian, std::numeric_limits<T>::min(), std::numeric_limits<T>::max(), nullptr, nullptr,
                      nullptr, value != nullptr, &converted, output);

@@ -72,14 +72,16 @@ StatusCode ParseWaveImage(const void* image, unsigned size, WaveImage& wave) noe
     WaveImage found;
     bool haveFormat = false;
     bool haveData = false;
-    std::uint32_t position = kRiffHeaderSize;
+    // 64-bit positions: a step past a chunk's pad byte may go one byte past
+    // end, even when end is the largest 32-bit value.
+    std::uint64_t position = kRiffHeaderSize;
     while (position < end)
     {
         if (end - position < kChunkHeaderSize)
             return STATUS_CODE_INVALID_FORMAT;
         const unsigned char* header = bytes + position;
         const std::uint32_t length = Read32(header + 4);
-        const std::uint32_t bodyPosition = position + kChunkHeaderSize;
+        const std::uint64_t bodyPosition = position + kChunkHeaderSize;
         if (length > end - bodyPosition)
             return STATUS_CODE_INVALID_FORMAT;
         const unsigned char* body = bytes + bodyPosition;
@@ -104,10 +106,7 @@ StatusCode ParseWaveImage(const void* image, unsigned size, WaveImage& wave) noe
 
         // Chunks of odd length are followed by a pad byte, which a writer
         // may leave out at the very end.
-        const std::uint32_t padded = length + (length & 1u);
-        if (padded >= end - bodyPosition)
-            break;
-        position = bodyPosition + padded;
+        position = bodyPosition + length + (length & 1u);
     }
     if (!haveFormat || !haveData)
         return STATUS_CODE_INVALID_FORMAT;

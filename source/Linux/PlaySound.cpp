@@ -133,29 +133,30 @@ StatusCode PlaySoundA(const void* sound, unsigned size, bool async)
 
     const pa_sample_spec spec{SampleFormat(wave.bitsPerSample), wave.sampleRate, static_cast<std::uint8_t>(wave.channels)};
     int error = 0;
-    pa_simple* stream = functions.create(nullptr, "ZantorBase", PA_STREAM_PLAYBACK, nullptr, "PlaySound", &spec,
-                                         nullptr, nullptr, &error);
-    if (stream == nullptr)
+    // The stream is freed here unless a player thread has taken it over.
+    std::unique_ptr<pa_simple, PaSimpleFree> stream(
+        functions.create(nullptr, "ZantorBase", PA_STREAM_PLAYBACK, nullptr, "PlaySound", &spec, nullptr, nullptr, &error),
+        functions.free);
+    if (!stream)
         return STATUS_CODE_FAILURE;
 
     if (!async)
-        return PlayAndClose(functions, stream, wave.samples, wave.sampleBytes) ? STATUS_CODE_SUCCESS : STATUS_CODE_FAILURE;
-
+        return PlayAndClose(functions, stream.release(), wave.samples, wave.sampleBytes) ? STATUS_CODE_SUCCESS
+                                                                                           : STATUS_CODE_FAILURE;
     try
     {
-        std::thread player([functions, stream, samples = std::move(copy)]() noexcept {
-            PlayAndClose(functions, stream, samples.data(), samples.size());
+        std::thread player([functions, raw = stream.get(), samples = std::move(copy)]() noexcept {
+            PlayAndClose(functions, raw, samples.data(), samples.size());
         });
+        stream.release();
         player.detach();
     }
     catch (const std::system_error&)
     {
-        functions.free(stream);
         return STATUS_CODE_FAILURE;
     }
     catch (const std::bad_alloc&)
     {
-        functions.free(stream);
         return STATUS_CODE_HEAP_EMPTY;
     }
     return STATUS_CODE_SUCCESS;
