@@ -9,7 +9,7 @@ packages=(
   clang libclang-rt-14-dev
   libboost-dev
   zlib1g-dev libxxhash-dev
-  googletest libgtest-dev libgmock-dev libbenchmark-dev
+  googletest libgtest-dev libgmock-dev libbenchmark-dev libprotobuf-dev protobuf-compiler
   g++-mingw-w64-x86-64 g++-mingw-w64-i686 libz-mingw-w64-dev
   wine wine64
 )
