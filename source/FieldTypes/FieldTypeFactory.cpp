@@ -1,6 +1,12 @@
 // The field type factory: one switch from type code to concrete class.
 #include <ZantorMiddleware/ZantorBase/FieldTypes/FieldTypeFactory.h>
 
+#include <ZantorMiddleware/ZantorBase/FieldTypes/Boolean.h>
+#include <ZantorMiddleware/ZantorBase/FieldTypes/Rational.h>
+#include <ZantorMiddleware/ZantorBase/FieldTypes/SInt.h>
+#include <ZantorMiddleware/ZantorBase/FieldTypes/TRational.h>
+#include <ZantorMiddleware/ZantorBase/FieldTypes/UInt.h>
+
 #include <new>
 
 namespace Zantor {
@@ -17,6 +23,11 @@ IFieldType* FieldTypeFactory::Create(unsigned char type) const noexcept
 {
     switch (type)
     {
+    case FIELD_TYPE_SINT: return new (std::nothrow) SInt;
+    case FIELD_TYPE_UINT: return new (std::nothrow) UInt;
+    case FIELD_TYPE_RATIONAL: return new (std::nothrow) Rational;
+    case FIELD_TYPE_TRATIONAL: return new (std::nothrow) TRational;
+    case FIELD_TYPE_BOOLEAN: return new (std::nothrow) Boolean;
     default: return nullptr;
     }
 }

@@ -2,7 +2,11 @@
 // text every FromString shares.
 #include <ZantorMiddleware/ZantorBase/FieldTypes/IFieldType.h>
 
+#include <ZantorMiddleware/ZantorBase/FieldTypes/Boolean.h>
 #include <ZantorMiddleware/ZantorBase/FieldTypes/FieldTypeFactory.h>
+#include <ZantorMiddleware/ZantorBase/FieldTypes/Rational.h>
+#include <ZantorMiddleware/ZantorBase/FieldTypes/SInt.h>
+#include <ZantorMiddleware/ZantorBase/FieldTypes/TRational.h>
 #include <ZantorMiddleware/ZantorBase/MessageBuilder.h>
 #include <ZantorMiddleware/ZantorBase/MessageValidator.h>
 
@@ -78,6 +82,20 @@ bool IFieldType::IsValidSerializedBodyLength(unsigned char type, unsigned int le
     case FIELD_TYPE_CRCBLOB: return length >= 9;
     case FIELD_TYPE_BOOLEAN: return length == 1;
     default: return false;
+    }
+}
+
+StatusCode IFieldType::ValidateSerializedLengthAndBody(unsigned char type, MessageValidator& validator,
+                                                       unsigned int& bodyOffset, unsigned int& bodyLength)
+{
+    switch (type)
+    {
+    case FIELD_TYPE_SINT:
+    case FIELD_TYPE_UINT: return SInt::ValidateSerializedLengthAndBody(validator, bodyOffset, bodyLength);
+    case FIELD_TYPE_RATIONAL: return Rational::ValidateSerializedLengthAndBody(validator, bodyOffset, bodyLength);
+    case FIELD_TYPE_TRATIONAL: return TRational::ValidateSerializedLengthAndBody(validator, bodyOffset, bodyLength);
+    case FIELD_TYPE_BOOLEAN: return Boolean::ValidateSerializedLengthAndBody(validator, bodyOffset, bodyLength);
+    default: return STATUS_CODE_INVALID_PARAMETER;
     }
 }
 
