@@ -1,6 +1,10 @@
 // The field type factory: one switch from type code to concrete class.
 #include <ZantorMiddleware/ZantorBase/FieldTypes/FieldTypeFactory.h>
 
+#include <ZantorMiddleware/ZantorBase/FieldTypes/Date.h>
+#include <ZantorMiddleware/ZantorBase/FieldTypes/DateTime.h>
+#include <ZantorMiddleware/ZantorBase/FieldTypes/Time.h>
+
 #include <new>
 
 namespace Zantor {
@@ -17,6 +21,9 @@ IFieldType* FieldTypeFactory::Create(unsigned char type) const noexcept
 {
     switch (type)
     {
+    case FIELD_TYPE_DATE: return new (std::nothrow) Date;
+    case FIELD_TYPE_TIME: return new (std::nothrow) Time;
+    case FIELD_TYPE_DATETIME: return new (std::nothrow) DateTime;
     default: return nullptr;
     }
 }

@@ -2,7 +2,10 @@
 // text every FromString shares.
 #include <ZantorMiddleware/ZantorBase/FieldTypes/IFieldType.h>
 
+#include <ZantorMiddleware/ZantorBase/FieldTypes/Date.h>
+#include <ZantorMiddleware/ZantorBase/FieldTypes/DateTime.h>
 #include <ZantorMiddleware/ZantorBase/FieldTypes/FieldTypeFactory.h>
+#include <ZantorMiddleware/ZantorBase/FieldTypes/Time.h>
 #include <ZantorMiddleware/ZantorBase/MessageBuilder.h>
 #include <ZantorMiddleware/ZantorBase/MessageValidator.h>
 
@@ -78,6 +81,18 @@ bool IFieldType::IsValidSerializedBodyLength(unsigned char type, unsigned int le
     case FIELD_TYPE_CRCBLOB: return length >= 9;
     case FIELD_TYPE_BOOLEAN: return length == 1;
     default: return false;
+    }
+}
+
+StatusCode IFieldType::ValidateSerializedLengthAndBody(unsigned char type, MessageValidator& validator,
+                                                       unsigned int& bodyOffset, unsigned int& bodyLength)
+{
+    switch (type)
+    {
+    case FIELD_TYPE_DATE: return Date::ValidateSerializedLengthAndBody(validator, bodyOffset, bodyLength);
+    case FIELD_TYPE_TIME: return Time::ValidateSerializedLengthAndBody(validator, bodyOffset, bodyLength);
+    case FIELD_TYPE_DATETIME: return DateTime::ValidateSerializedLengthAndBody(validator, bodyOffset, bodyLength);
+    default: return STATUS_CODE_INVALID_PARAMETER;
     }
 }
 
