@@ -27,7 +27,8 @@
 // STATUS_CODE_INVALID_PARAMETER, a non-digit STATUS_CODE_INVALID_FORMAT, a
 // separator other than "-" STATUS_CODE_OUT_OF_RANGE, a month of 0 or above
 // 12 or a day above the days of the month STATUS_CODE_OUT_OF_RANGE, text
-// after the day STATUS_CODE_INVALID_LENGTH.
+// after the day STATUS_CODE_INVALID_LENGTH. ToString prints a year above
+// 9999 with all its digits; such a text does not parse back.
 //
 // Every operation leaves the value (and a validator's cursor) unchanged on
 // failure. Nothing throws except the checking constructor.
