@@ -6,6 +6,9 @@
 #include <ZantorMiddleware/ZantorBase/FieldTypes/SInt.h>
 #include <ZantorMiddleware/ZantorBase/FieldTypes/TRational.h>
 #include <ZantorMiddleware/ZantorBase/FieldTypes/UInt.h>
+#include <ZantorMiddleware/ZantorBase/FieldTypes/Date.h>
+#include <ZantorMiddleware/ZantorBase/FieldTypes/DateTime.h>
+#include <ZantorMiddleware/ZantorBase/FieldTypes/Time.h>
 
 #include <new>
 
@@ -28,6 +31,9 @@ IFieldType* FieldTypeFactory::Create(unsigned char type) const noexcept
     case FIELD_TYPE_RATIONAL: return new (std::nothrow) Rational;
     case FIELD_TYPE_TRATIONAL: return new (std::nothrow) TRational;
     case FIELD_TYPE_BOOLEAN: return new (std::nothrow) Boolean;
+    case FIELD_TYPE_DATE: return new (std::nothrow) Date;
+    case FIELD_TYPE_TIME: return new (std::nothrow) Time;
+    case FIELD_TYPE_DATETIME: return new (std::nothrow) DateTime;
     default: return nullptr;
     }
 }

@@ -7,6 +7,10 @@
 #include <ZantorMiddleware/ZantorBase/FieldTypes/Rational.h>
 #include <ZantorMiddleware/ZantorBase/FieldTypes/SInt.h>
 #include <ZantorMiddleware/ZantorBase/FieldTypes/TRational.h>
+#include <ZantorMiddleware/ZantorBase/FieldTypes/Date.h>
+#include <ZantorMiddleware/ZantorBase/FieldTypes/DateTime.h>
+#include <ZantorMiddleware/ZantorBase/FieldTypes/FieldTypeFactory.h>
+#include <ZantorMiddleware/ZantorBase/FieldTypes/Time.h>
 #include <ZantorMiddleware/ZantorBase/MessageBuilder.h>
 #include <ZantorMiddleware/ZantorBase/MessageValidator.h>
 
@@ -95,6 +99,9 @@ StatusCode IFieldType::ValidateSerializedLengthAndBody(unsigned char type, Messa
     case FIELD_TYPE_RATIONAL: return Rational::ValidateSerializedLengthAndBody(validator, bodyOffset, bodyLength);
     case FIELD_TYPE_TRATIONAL: return TRational::ValidateSerializedLengthAndBody(validator, bodyOffset, bodyLength);
     case FIELD_TYPE_BOOLEAN: return Boolean::ValidateSerializedLengthAndBody(validator, bodyOffset, bodyLength);
+    case FIELD_TYPE_DATE: return Date::ValidateSerializedLengthAndBody(validator, bodyOffset, bodyLength);
+    case FIELD_TYPE_TIME: return Time::ValidateSerializedLengthAndBody(validator, bodyOffset, bodyLength);
+    case FIELD_TYPE_DATETIME: return DateTime::ValidateSerializedLengthAndBody(validator, bodyOffset, bodyLength);
     default: return STATUS_CODE_INVALID_PARAMETER;
     }
 }
