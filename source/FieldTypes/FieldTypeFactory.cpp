@@ -1,6 +1,13 @@
 // The field type factory: one switch from type code to concrete class.
 #include <ZantorMiddleware/ZantorBase/FieldTypes/FieldTypeFactory.h>
 
+#include <ZantorMiddleware/ZantorBase/FieldTypes/BinaryArray.h>
+#include <ZantorMiddleware/ZantorBase/FieldTypes/BinaryString.h>
+#include <ZantorMiddleware/ZantorBase/FieldTypes/Blob.h>
+#include <ZantorMiddleware/ZantorBase/FieldTypes/CrcBlob.h>
+#include <ZantorMiddleware/ZantorBase/FieldTypes/TextArray.h>
+#include <ZantorMiddleware/ZantorBase/FieldTypes/TextString.h>
+
 #include <new>
 
 namespace Zantor {
@@ -17,6 +24,12 @@ IFieldType* FieldTypeFactory::Create(unsigned char type) const noexcept
 {
     switch (type)
     {
+    case FIELD_TYPE_TEXTSTRING: return new (std::nothrow) TextString;
+    case FIELD_TYPE_TEXTARRAY: return new (std::nothrow) TextArray;
+    case FIELD_TYPE_BINARYSTRING: return new (std::nothrow) BinaryString;
+    case FIELD_TYPE_BINARYARRAY: return new (std::nothrow) BinaryArray;
+    case FIELD_TYPE_BLOB: return new (std::nothrow) Blob;
+    case FIELD_TYPE_CRCBLOB: return new (std::nothrow) CrcBlob;
     default: return nullptr;
     }
 }
