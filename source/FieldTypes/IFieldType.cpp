@@ -2,14 +2,17 @@
 // text every FromString shares.
 #include <ZantorMiddleware/ZantorBase/FieldTypes/IFieldType.h>
 
+#include <ZantorMiddleware/ZantorBase/FieldTypes/Blob.h>
 #include <ZantorMiddleware/ZantorBase/FieldTypes/Boolean.h>
+#include <ZantorMiddleware/ZantorBase/FieldTypes/CrcBlob.h>
+#include <ZantorMiddleware/ZantorBase/FieldTypes/Date.h>
+#include <ZantorMiddleware/ZantorBase/FieldTypes/DateTime.h>
 #include <ZantorMiddleware/ZantorBase/FieldTypes/FieldTypeFactory.h>
 #include <ZantorMiddleware/ZantorBase/FieldTypes/Rational.h>
 #include <ZantorMiddleware/ZantorBase/FieldTypes/SInt.h>
 #include <ZantorMiddleware/ZantorBase/FieldTypes/TRational.h>
-#include <ZantorMiddleware/ZantorBase/FieldTypes/Date.h>
-#include <ZantorMiddleware/ZantorBase/FieldTypes/DateTime.h>
-#include <ZantorMiddleware/ZantorBase/FieldTypes/FieldTypeFactory.h>
+#include <ZantorMiddleware/ZantorBase/FieldTypes/TextArray.h>
+#include <ZantorMiddleware/ZantorBase/FieldTypes/TextString.h>
 #include <ZantorMiddleware/ZantorBase/FieldTypes/Time.h>
 #include <ZantorMiddleware/ZantorBase/MessageBuilder.h>
 #include <ZantorMiddleware/ZantorBase/MessageValidator.h>
@@ -86,23 +89,6 @@ bool IFieldType::IsValidSerializedBodyLength(unsigned char type, unsigned int le
     case FIELD_TYPE_CRCBLOB: return length >= 9;
     case FIELD_TYPE_BOOLEAN: return length == 1;
     default: return false;
-    }
-}
-
-StatusCode IFieldType::ValidateSerializedLengthAndBody(unsigned char type, MessageValidator& validator,
-                                                       unsigned int& bodyOffset, unsigned int& bodyLength)
-{
-    switch (type)
-    {
-    case FIELD_TYPE_SINT:
-    case FIELD_TYPE_UINT: return SInt::ValidateSerializedLengthAndBody(validator, bodyOffset, bodyLength);
-    case FIELD_TYPE_RATIONAL: return Rational::ValidateSerializedLengthAndBody(validator, bodyOffset, bodyLength);
-    case FIELD_TYPE_TRATIONAL: return TRational::ValidateSerializedLengthAndBody(validator, bodyOffset, bodyLength);
-    case FIELD_TYPE_BOOLEAN: return Boolean::ValidateSerializedLengthAndBody(validator, bodyOffset, bodyLength);
-    case FIELD_TYPE_DATE: return Date::ValidateSerializedLengthAndBody(validator, bodyOffset, bodyLength);
-    case FIELD_TYPE_TIME: return Time::ValidateSerializedLengthAndBody(validator, bodyOffset, bodyLength);
-    case FIELD_TYPE_DATETIME: return DateTime::ValidateSerializedLengthAndBody(validator, bodyOffset, bodyLength);
-    default: return STATUS_CODE_INVALID_PARAMETER;
     }
 }
 
@@ -193,6 +179,76 @@ StatusCode IFieldType::DeserializeLengthAndBody(unsigned char type, MessageValid
     if (status == STATUS_CODE_SUCCESS)
         validator = reader;
     return status;
+}
+
+// The byte-carrying codes go to their class's static operation; the other
+// value types cannot be made from raw bytes.
+StatusCode IFieldType::Serialize(unsigned char type, MessageBuilder& builder, unsigned int maxLength,
+                                 const unsigned char* data, unsigned int length)
+{
+    switch (type)
+    {
+    case FIELD_TYPE_TEXTSTRING:
+    case FIELD_TYPE_BINARYSTRING: return TextString::Serialize(builder, maxLength, data, length);
+    case FIELD_TYPE_TEXTARRAY:
+    case FIELD_TYPE_BINARYARRAY: return TextArray::Serialize(builder, maxLength, data, length);
+    case FIELD_TYPE_BLOB: return Blob::Serialize(builder, maxLength, data, length, 0);
+    case FIELD_TYPE_CRCBLOB: return CrcBlob::Serialize(builder, maxLength, data, length, 0);
+    default: return type < FIELD_TYPE_TEXTSTRING ? STATUS_CODE_NOT_SUPPORTED : STATUS_CODE_INVALID_PARAMETER;
+    }
+}
+
+StatusCode IFieldType::SerializeBody(unsigned char type, void* buffer, unsigned int bufferLength,
+                                     unsigned int& written, const unsigned char* data, unsigned int length)
+{
+    switch (type)
+    {
+    case FIELD_TYPE_TEXTSTRING:
+    case FIELD_TYPE_BINARYSTRING: return TextString::SerializeBody(buffer, bufferLength, written, data, length);
+    case FIELD_TYPE_TEXTARRAY:
+    case FIELD_TYPE_BINARYARRAY: return TextArray::SerializeBody(buffer, bufferLength, written, data, length);
+    case FIELD_TYPE_BLOB: return Blob::SerializeBody(buffer, bufferLength, written, data, length, 0);
+    case FIELD_TYPE_CRCBLOB: return CrcBlob::SerializeBody(buffer, bufferLength, written, data, length, 0);
+    default: return type < FIELD_TYPE_TEXTSTRING ? STATUS_CODE_NOT_SUPPORTED : STATUS_CODE_INVALID_PARAMETER;
+    }
+}
+
+StatusCode IFieldType::SerializeLengthAndBody(unsigned char type, MessageBuilder& builder, unsigned int maxLength,
+                                              const unsigned char* data, unsigned int length)
+{
+    switch (type)
+    {
+    case FIELD_TYPE_TEXTSTRING:
+    case FIELD_TYPE_BINARYSTRING: return TextString::SerializeLengthAndBody(builder, maxLength, data, length);
+    case FIELD_TYPE_TEXTARRAY:
+    case FIELD_TYPE_BINARYARRAY: return TextArray::SerializeLengthAndBody(builder, maxLength, data, length);
+    case FIELD_TYPE_BLOB: return Blob::SerializeLengthAndBody(builder, maxLength, data, length, 0);
+    case FIELD_TYPE_CRCBLOB: return CrcBlob::SerializeLengthAndBody(builder, maxLength, data, length, 0);
+    default: return type < FIELD_TYPE_TEXTSTRING ? STATUS_CODE_NOT_SUPPORTED : STATUS_CODE_INVALID_PARAMETER;
+    }
+}
+
+StatusCode IFieldType::ValidateSerializedLengthAndBody(unsigned char type, MessageValidator& validator,
+                                                       unsigned int& bodyOffset, unsigned int& bodyLength)
+{
+    switch (type)
+    {
+    case FIELD_TYPE_TEXTSTRING:
+    case FIELD_TYPE_BINARYSTRING: return TextString::ValidateSerializedLengthAndBody(validator, bodyOffset, bodyLength);
+    case FIELD_TYPE_TEXTARRAY:
+    case FIELD_TYPE_BINARYARRAY: return TextArray::ValidateSerializedLengthAndBody(validator, bodyOffset, bodyLength);
+    case FIELD_TYPE_BLOB: return Blob::ValidateSerializedLengthAndBody(validator, bodyOffset, bodyLength);
+    case FIELD_TYPE_CRCBLOB: return CrcBlob::ValidateSerializedLengthAndBody(validator, bodyOffset, bodyLength);
+    case FIELD_TYPE_SINT:
+    case FIELD_TYPE_UINT: return SInt::ValidateSerializedLengthAndBody(validator, bodyOffset, bodyLength);
+    case FIELD_TYPE_RATIONAL: return Rational::ValidateSerializedLengthAndBody(validator, bodyOffset, bodyLength);
+    case FIELD_TYPE_TRATIONAL: return TRational::ValidateSerializedLengthAndBody(validator, bodyOffset, bodyLength);
+    case FIELD_TYPE_BOOLEAN: return Boolean::ValidateSerializedLengthAndBody(validator, bodyOffset, bodyLength);
+    case FIELD_TYPE_DATE: return Date::ValidateSerializedLengthAndBody(validator, bodyOffset, bodyLength);
+    case FIELD_TYPE_TIME: return Time::ValidateSerializedLengthAndBody(validator, bodyOffset, bodyLength);
+    case FIELD_TYPE_DATETIME: return DateTime::ValidateSerializedLengthAndBody(validator, bodyOffset, bodyLength);
+    default: return STATUS_CODE_INVALID_PARAMETER;
+    }
 }
 
 bool IFieldType::FromNotInitializedText(MessageValidator& text, StatusCode& status) noexcept
