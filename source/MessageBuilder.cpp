@@ -150,7 +150,16 @@ StatusCode MessageBuilder::MakeRoom(std::uint64_t end, const unsigned char*& sou
 
 StatusCode MessageBuilder::AppendBuffer(const void* data, unsigned size, bool reverse)
 {
-    return InsertBuffer(length_, data, size, reverse);
+    // Room in the current storage: no growth and nothing to move. memmove,
+    // because data may lie in this builder's own storage.
+    const std::uint32_t length = length_;
+    if (data != nullptr && size <= capacity_ - length) [[likely]]
+    {
+        MoveBytes(buffer_ + length, static_cast<const unsigned char*>(data), size, reverse);
+        length_ = length + size;
+        return STATUS_CODE_SUCCESS;
+    }
+    return InsertBuffer(length, data, size, reverse);
 }
 
 StatusCode MessageBuilder::InsertBuffer(unsigned position, const void* data, unsigned size, bool reverse)
