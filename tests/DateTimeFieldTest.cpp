@@ -245,11 +245,11 @@ TEST(DateTimeFieldTest, FromString)
 }
 
 // Every calendar function against std::chrono over the whole range of
-// years, every 19th day, and every day of 1999 to 2030.
+// years, every 37th day, and every day of 1999 to 2030.
 TEST(DateTimeFieldTest, CalendarMatchesChrono)
 {
     const sys_days first = year{0} / January / 1, last = year{32767} / December / 31;
-    for (sys_days point = first; point <= last; point += days{point >= sys_days{year{1999} / 1 / 1} && point < sys_days{year{2031} / 1 / 1} ? 1 : 19})
+    for (sys_days point = first; point <= last; point += days{point >= sys_days{year{1999} / 1 / 1} && point < sys_days{year{2031} / 1 / 1} ? 1 : 37})
     {
         const year_month_day ymd{point};
         const unsigned y = unsigned(int(ymd.year())), m = unsigned(ymd.month()), d = unsigned(ymd.day());
