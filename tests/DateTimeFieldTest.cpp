@@ -308,6 +308,7 @@ TEST(DateTimeFieldTest, SettersAndConstructors)
 {
     Date date;
     Time time;
+    EXPECT_EQ(0u, date.GetYear() + date.GetMonth() + date.GetDay() + time.GetHour() + time.GetMinute() + time.GetSecond() + time.GetMillisecond());
     EXPECT_EQ(RANGE, date.Set(Date::MAX_YEAR + 1, 1, 1) | date.Set(2024, 2, 30) | date.Set(2024, 1, 0) | date.Set(2024, 13, 1));
     EXPECT_EQ(RANGE, time.Set(24, 0, 0) | time.Set(0, 60, 0) | time.Set(0, 0, 60) | time.Set(0, 0, 0, 1000));
     EXPECT_FALSE(date.IsInitialized() || time.IsInitialized());
