@@ -247,8 +247,8 @@ TEST(DateTimeFieldTest, FromString)
 // years, every 37th day, and every day of 1999 to 2030.
 TEST(DateTimeFieldTest, CalendarMatchesChrono)
 {
-    const sys_days first = year{0} / January / 1, final = year{32767} / December / 31;
-    for (sys_days point = first; point <= final; point += days{point >= sys_days{year{1999} / 1 / 1} && point < sys_days{year{2031} / 1 / 1} ? 1 : 37})
+    const sys_days first = year{0} / January / 1, lastDay = year{32767} / December / 31;
+    for (sys_days point = first; point <= lastDay; point += days{point >= sys_days{year{1999} / 1 / 1} && point < sys_days{year{2031} / 1 / 1} ? 1 : 37})
     {
         const year_month_day ymd{point};
         const unsigned y = unsigned(int(ymd.year())), m = unsigned(ymd.month()), d = unsigned(ymd.day());
@@ -266,7 +266,7 @@ TEST(DateTimeFieldTest, CalendarMatchesChrono)
         ASSERT_EQ(unsigned((ymd.year() / ymd.month() / std::chrono::last).day()), Date::GetDaysInMonth(y, m));
         ASSERT_EQ(ymd.year().is_leap(), Date::IsLeapYear(y));
         Date moved(std::uint32_t(y), (unsigned char)m, (unsigned char)d);
-        if (point + days{400} <= final)
+        if (point + days{400} <= lastDay)
         {
             ASSERT_EQ(OK, moved.Add(Date::Days(400)));
             ASSERT_EQ(year_month_day{point + days{400}}, year_month_day(year(int(moved.GetYear())), month(moved.GetMonth()), std::chrono::day(moved.GetDay())));
