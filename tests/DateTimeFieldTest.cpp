@@ -14,9 +14,9 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <cstring>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 using namespace Zantor;
@@ -69,33 +69,28 @@ TEST(DateTimeFieldTest, WireVectors)
              {__LINE__, DT, "0000-01-01 00:00:00.001", ANY2, {0x21, 0, 0, 0x80, 0x02, 0, 0}, "0000-01-01 00:00:00.001"},
              {__LINE__, DT, "2024-02-29 12:34:56", ANY, {0x5D, 0xD0, 0x0F, 12, 34, 56}, "2024-02-29 12:34:56.000"}})
     {
+        SCOPED_TRACE(row.line);
         const auto value = Parse(row.type, row.text);
         unsigned char buffer[8] = {};
-        unsigned written = 0;
-        EXPECT_EQ(OK, value->SerializeBody(buffer, row.length, written)) << row.line;
-        EXPECT_EQ(row.bytes, Bytes(buffer, buffer + written)) << row.line;
-        if (row.length >= ANY2) {
-            EXPECT_EQ(2 * row.bytes.size(), value->GetSerializedLength() + value->GetSerializedBodyLength()) << row.line;
-        }
+        unsigned written = 0, size = unsigned(row.bytes.size());
+        EXPECT_EQ(OK, value->SerializeBody(buffer, row.length, written));
+        EXPECT_EQ(row.bytes, Bytes(buffer, buffer + written));
+        if (row.length >= ANY2) { EXPECT_EQ(2 * size, value->GetSerializedLength() + value->GetSerializedBodyLength()); }
         for (const auto endian : {MessageHandler::ENDIAN_LITTLE, MessageHandler::ENDIAN_BIG})
         {
             MessageBuilder builder;
             builder.SetEndian(endian);
-            EXPECT_EQ(OK, value->Serialize(builder, row.length)) << row.line;
-            EXPECT_EQ(OK, value->SerializeLengthAndBody(builder, row.length)) << row.line;
-            Bytes twice = row.bytes;
-            twice.insert(twice.end(), row.bytes.begin(), row.bytes.end());
-            EXPECT_EQ(twice, Bytes(builder.GetBuffer(), builder.GetBuffer() + builder.GetLength())) << row.line;
+            EXPECT_EQ(OK, value->Serialize(builder, row.length) | value->SerializeLengthAndBody(builder, row.length));
+            EXPECT_EQ(row.bytes, Bytes(builder.GetBuffer(), builder.GetBuffer() + size));
+            EXPECT_EQ(row.bytes, Bytes(builder.GetBuffer() + size, builder.GetBuffer() + builder.GetLength()));
             MessageValidator validator(builder.GetBuffer(), builder.GetLength());
             validator.SetEndian(endian);
             const auto back = Make(row.type);
-            unsigned offset = 0, length = 0, size = unsigned(row.bytes.size());
-            EXPECT_EQ(OK, back->DeserializeLengthAndBody(validator, ANY)) << row.line;
-            EXPECT_EQ(OK, IFieldType::ValidateSerializedLengthAndBody(row.type, validator, offset, length)) << row.line;
-            EXPECT_EQ(size, offset) << row.line;
-            EXPECT_EQ(size, length) << row.line;
-            EXPECT_TRUE(validator.IsAtEnd()) << row.line;
-            EXPECT_EQ(row.readBack, Text(*back)) << row.line;
+            unsigned offset = 0, length = 0;
+            EXPECT_EQ(OK, back->DeserializeLengthAndBody(validator, ANY) | IFieldType::ValidateSerializedLengthAndBody(row.type, validator, offset, length));
+            EXPECT_EQ((std::pair{size, size}), (std::pair{offset, length}));
+            EXPECT_TRUE(validator.IsAtEnd());
+            EXPECT_EQ(row.readBack, Text(*back));
         }
     }
 }
@@ -115,18 +110,16 @@ TEST(DateTimeFieldTest, SerializeRefusals)
              {__LINE__, D, "[NotInitialized]", ANY, NOT_INITIALIZED}, {__LINE__, T, "[NotInitialized]", ANY, NOT_INITIALIZED},
              {__LINE__, DT, "[NotInitialized]", ANY, NOT_INITIALIZED}})
     {
+        SCOPED_TRACE(row.line);
         const auto value = Parse(row.type, row.text);
-        unsigned char buffer[8];
-        std::memset(buffer, 0xEE, sizeof buffer);
+        unsigned char buffer[8] = {0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE};
         unsigned written = 99;
         MessageBuilder builder;
-        EXPECT_EQ(row.status, value->SerializeBody(buffer, row.length, written)) << row.line;
-        EXPECT_EQ(row.status, value->Serialize(builder, row.length)) << row.line;
-        EXPECT_EQ(row.status, value->SerializeLengthAndBody(builder, row.length)) << row.line;
-        EXPECT_EQ(99u, written) << row.line;
-        EXPECT_EQ(Bytes(8, 0xEE), Bytes(buffer, buffer + 8)) << row.line;
-        EXPECT_EQ(0u, builder.GetLength()) << row.line;
-        EXPECT_EQ(PARAMETER, Parse(row.type, Known(row.type))->SerializeBody(nullptr, ANY, written)) << row.line;
+        EXPECT_EQ(row.status, value->SerializeBody(buffer, row.length, written));
+        EXPECT_EQ(row.status, value->Serialize(builder, row.length));
+        EXPECT_EQ(row.status, value->SerializeLengthAndBody(builder, row.length));
+        EXPECT_EQ((std::pair{99u, Bytes(8, 0xEE)}), (std::pair{written + builder.GetLength(), Bytes(buffer, buffer + 8)}));
+        EXPECT_EQ(PARAMETER, Parse(row.type, Known(row.type))->SerializeBody(nullptr, ANY, written));
     }
 }
 
@@ -159,15 +152,16 @@ TEST(DateTimeFieldTest, ReadingChecks)
              {__LINE__, DT, {0x5D, 0xD0, 0x0F, 0x07, 0xCF, 0xDF, 0x77}, FORMAT},
              {__LINE__, DT, {0x5D, 0xD0, 0x0F, 0, 0}, PARAMETER}, {__LINE__, DT, {0x5D, 0xD0, 0x0F, 0x80, 0, 0, 0, 0}, PARAMETER}})
     {
+        SCOPED_TRACE(row.line);
         const std::string expected = row.status == OK ? row.text : Known(row.type);
         const auto value = Parse(row.type, Known(row.type));
-        EXPECT_EQ(row.status, value->DeserializeBody(row.body.data(), unsigned(row.body.size()))) << row.line;
-        EXPECT_EQ(expected, Text(*value)) << row.line;
+        EXPECT_EQ(row.status, value->DeserializeBody(row.body.data(), unsigned(row.body.size())));
+        EXPECT_EQ(expected, Text(*value));
         const auto record = Parse(row.type, Known(row.type));
         MessageValidator validator(row.body.data(), unsigned(row.body.size()));
-        EXPECT_EQ(row.status, record->Deserialize(validator, unsigned(row.body.size()))) << row.line;
-        EXPECT_EQ(row.status == OK, validator.IsAtEnd()) << row.line;
-        EXPECT_EQ(expected, Text(*record)) << row.line;
+        EXPECT_EQ(row.status, record->Deserialize(validator, unsigned(row.body.size())));
+        EXPECT_EQ(row.status == OK, validator.IsAtEnd());
+        EXPECT_EQ(expected, Text(*record));
     }
     Date date;
     EXPECT_EQ(PARAMETER, date.DeserializeBody(nullptr, 3));
@@ -194,21 +188,19 @@ TEST(DateTimeFieldTest, UpdateFormLengths)
              {__LINE__, DT, {0x5D, 0xD0, 0x0F, 0x86, 0x2B, 0xC4}, ANY, PARAMETER, 0},
              {__LINE__, DT, {0x5D, 0xD0, 0x0F}, ANY, PARAMETER, 0}, {__LINE__, DT, {0x5D, 0xD0, 0x0F, 0x86}, ANY, PARAMETER, 0}})
     {
+        SCOPED_TRACE(row.line);
         const auto value = Parse(row.type, Known(row.type));
         MessageValidator validator(row.input.data(), unsigned(row.input.size()));
-        EXPECT_EQ(row.status, value->DeserializeLengthAndBody(validator, row.maxLength)) << row.line;
-        EXPECT_EQ(row.consumed, validator.GetCursor()) << row.line;
-        if (row.status != OK) {
-            EXPECT_EQ(Known(row.type), Text(*value)) << row.line;
-        }
+        EXPECT_EQ(row.status, value->DeserializeLengthAndBody(validator, row.maxLength));
+        EXPECT_EQ(row.consumed, validator.GetCursor());
+        EXPECT_TRUE(row.status == OK || Known(row.type) == Text(*value));
         if (row.maxLength != ANY)
             continue;
         MessageValidator check(row.input.data(), unsigned(row.input.size()));
         unsigned offset = 77, length = 77;
-        EXPECT_EQ(row.status, IFieldType::ValidateSerializedLengthAndBody(row.type, check, offset, length)) << row.line;
-        EXPECT_EQ(row.consumed, check.GetCursor()) << row.line;
-        EXPECT_EQ(row.status == OK ? row.consumed : 77u, length) << row.line;
-        EXPECT_EQ(row.status == OK ? 0u : 77u, offset) << row.line;
+        EXPECT_EQ(row.status, IFieldType::ValidateSerializedLengthAndBody(row.type, check, offset, length));
+        EXPECT_EQ(row.consumed, check.GetCursor());
+        EXPECT_EQ((row.status == OK ? std::pair{0u, row.consumed} : std::pair{77u, 77u}), (std::pair{offset, length}));
     }
     MessageValidator any("\x5D\xD0\x0F", 3);
     unsigned offset = 0, length = 0;
@@ -239,24 +231,24 @@ TEST(DateTimeFieldTest, FromString)
              {__LINE__, DT, "2024-02-30 12:34:56", RANGE}, {__LINE__, DT, "2024-02-29 12:61:00", RANGE},
              {__LINE__, DT, "2024-02-29 12:34:56 ", LENGTH}, {__LINE__, DT, "[NotInitialized]", OK, "[NotInitialized]"}})
     {
+        SCOPED_TRACE(row.line);
         const auto value = Parse(row.type, Known(row.type));
         MessageValidator validator(row.text.data(), unsigned(row.text.size()));
-        EXPECT_EQ(row.status, value->FromString(validator)) << row.line;
-        EXPECT_EQ(row.status == OK ? row.result : Known(row.type), Text(*value)) << row.line;
-        EXPECT_EQ(row.status == OK ? row.text.size() : 0u, validator.GetCursor()) << row.line;
+        EXPECT_EQ(row.status, value->FromString(validator));
+        EXPECT_EQ(row.status == OK ? row.result : Known(row.type), Text(*value));
+        EXPECT_EQ(row.status == OK ? row.text.size() : 0u, validator.GetCursor());
     }
-    EXPECT_EQ("12:34:56", Parse(T, "12:34:56.789")->ToString());
-    EXPECT_EQ("2024-02-29 12:34:56", Parse(DT, "2024-02-29 12:34:56.789")->ToString());
+    EXPECT_EQ("12:34:56 2024-02-29 12:34:56", Parse(T, "12:34:56.789")->ToString() + " " + Parse(DT, "2024-02-29 12:34:56.789")->ToString());
     EXPECT_EQ("yyyy-mm-dd|hh:mm:ss[.mmm]|yyyy-mm-dd hh:mm:ss[.mmm]", std::string(Date().GetFromStringFormat()) + "|" +
                                                                          Time().GetFromStringFormat() + "|" + DateTime().GetFromStringFormat());
 }
 
 // Every calendar function against std::chrono over the whole range of
-// years, every 19th day, and every day of 1999 to 2030.
+// years, every 37th day, and every day of 1999 to 2030.
 TEST(DateTimeFieldTest, CalendarMatchesChrono)
 {
-    const sys_days first = year{0} / January / 1, last = year{32767} / December / 31;
-    for (sys_days point = first; point <= last; point += days{point >= sys_days{year{1999} / 1 / 1} && point < sys_days{year{2031} / 1 / 1} ? 1 : 19})
+    const sys_days first = year{0} / January / 1, lastDay = year{32767} / December / 31;
+    for (sys_days point = first; point <= lastDay; point += days{point >= sys_days{year{1999} / 1 / 1} && point < sys_days{year{2031} / 1 / 1} ? 1 : 37})
     {
         const year_month_day ymd{point};
         const unsigned y = unsigned(int(ymd.year())), m = unsigned(ymd.month()), d = unsigned(ymd.day());
@@ -274,7 +266,7 @@ TEST(DateTimeFieldTest, CalendarMatchesChrono)
         ASSERT_EQ(unsigned((ymd.year() / ymd.month() / std::chrono::last).day()), Date::GetDaysInMonth(y, m));
         ASSERT_EQ(ymd.year().is_leap(), Date::IsLeapYear(y));
         Date moved(std::uint32_t(y), (unsigned char)m, (unsigned char)d);
-        if (point + days{400} <= last)
+        if (point + days{400} <= lastDay)
         {
             ASSERT_EQ(OK, moved.Add(Date::Days(400)));
             ASSERT_EQ(year_month_day{point + days{400}}, year_month_day(year(int(moved.GetYear())), month(moved.GetMonth()), std::chrono::day(moved.GetDay())));
@@ -298,51 +290,40 @@ TEST(DateTimeFieldTest, CalendarEdges)
     EXPECT_EQ(RANGE, Date::ConvertJulianToGregorianDate(1721059, y, m, d)); // the day before 0000-01-01
     EXPECT_EQ(RANGE, Date::ConvertJulianToGregorianDate(Date::ConvertGregorianToJulianDate(32767, 12, 31) + 1, y, m, d));
     EXPECT_TRUE(y == 9 && m == 9 && d == 9);
-    Date date(32767, 12, 31), start(0, 1, 1), dayZero;
-    EXPECT_EQ(RANGE, date.Add(Date::Days(1)));
-    EXPECT_EQ(OK, date.Add(Date::Days(0)));
-    EXPECT_EQ(RANGE, start.Subtract(Date::Days(1)));
-    EXPECT_EQ(RANGE, start.Add(Date::Days(-1)));
-    EXPECT_EQ("32767-12-31 0000-01-01", date.ToString() + " " + start.ToString());
+    Date date(32767, 12, 31), start(0, 1, 1), dayZero, march(2024, 3, 1);
+    EXPECT_EQ(RANGE, date.Add(Date::Days(1)) | start.Subtract(Date::Days(1)) | start.Add(Date::Days(-1)));
+    EXPECT_EQ(OK, date.Add(Date::Days(0)) | march.Subtract(Date::Days(1)));
     EXPECT_EQ(NOT_INITIALIZED, dayZero.Add(Date::Days(1)));
     dayZero.DeserializeBody("\x60\xD0\x0F", 3); // 2024-03-00
     EXPECT_EQ(PARAMETER, dayZero.Subtract(Date::Days(1)));
-    EXPECT_EQ("2024-03-00", dayZero.ToString());
-    Date march(2024, 3, 1);
-    EXPECT_EQ(OK, march.Subtract(Date::Days(1)));
-    EXPECT_EQ("2024-02-29", march.ToString());
+    EXPECT_EQ("32767-12-31 0000-01-01 2024-03-00 2024-02-29", date.ToString() + " " + start.ToString() + " " + dayZero.ToString() + " " + march.ToString());
     EXPECT_EQ("Sunday Saturday Unknown January December Unknown Unknown",
               std::string(Date::DayOfWeekToString(0)) + " " + Date::DayOfWeekToString(6) + " " + Date::DayOfWeekToString(7) + " " +
                   Date::MonthToString(1) + " " + Date::MonthToString(12) + " " + Date::MonthToString(0) + " " + Date::MonthToString(13));
 }
 
+// Setters refuse what the wire cannot carry and change nothing then; the
+// constructors throw instead.
 TEST(DateTimeFieldTest, SettersAndConstructors)
 {
     Date date;
     Time time;
-    EXPECT_EQ(RANGE, date.Set(Date::MAX_YEAR + 1, 1, 1));
-    EXPECT_EQ(RANGE, date.Set(2024, 2, 30));
-    EXPECT_EQ(RANGE, date.Set(2024, 1, 0));
-    EXPECT_FALSE(date.IsInitialized());
-    EXPECT_EQ(OK, date.Set(Date::MAX_YEAR, 12, 31));
+    EXPECT_EQ(0u, date.GetYear() + date.GetMonth() + date.GetDay() + time.GetHour() + time.GetMinute() + time.GetSecond() + time.GetMillisecond());
+    EXPECT_EQ(RANGE, date.Set(Date::MAX_YEAR + 1, 1, 1) | date.Set(2024, 2, 30) | date.Set(2024, 1, 0) | date.Set(2024, 13, 1));
+    EXPECT_EQ(RANGE, time.Set(24, 0, 0) | time.Set(0, 60, 0) | time.Set(0, 0, 60) | time.Set(0, 0, 0, 1000));
+    EXPECT_FALSE(date.IsInitialized() || time.IsInitialized());
+    EXPECT_EQ(OK, date.Set(Date::MAX_YEAR, 12, 31) | time.Set(23, 59, 59, 999));
     EXPECT_EQ(Date::MAX_YEAR * 10000 + 1231, date.GetYear() * 10000 + date.GetMonth() * 100 + date.GetDay());
-    EXPECT_EQ(RANGE, time.Set(24, 0, 0));
-    EXPECT_EQ(RANGE, time.Set(0, 60, 0));
-    EXPECT_EQ(RANGE, time.Set(0, 0, 60));
-    EXPECT_EQ(RANGE, time.Set(0, 0, 0, 1000));
-    EXPECT_FALSE(time.IsInitialized());
-    EXPECT_EQ(OK, time.Set(23, 59, 59, 999));
-    EXPECT_EQ("23:59:59.999", time.ToString(true));
+    EXPECT_EQ(235959999u, ((time.GetHour() * 100u + time.GetMinute()) * 100 + time.GetSecond()) * 1000 + time.GetMillisecond());
     EXPECT_THROW(Date(2023, 2, 29), StatusCodeException);
     EXPECT_THROW(Time(12, 0, 0, 1000), StatusCodeException);
     EXPECT_THROW(DateTime(Date(), time), StatusCodeException);
     EXPECT_THROW(DateTime(date, Time()), StatusCodeException);
-    const DateTime both(date, time);
+    DateTime both(date, time);
     EXPECT_EQ("32767-12-31 23:59:59.999", both.ToString(true));
     EXPECT_EQ("[NotInitialized] [NotInitialized] [NotInitialized]", Date().ToString() + " " + Time().ToString(true) + " " + DateTime().ToString(true));
-    DateTime copy = both;
-    copy.Reset();
-    EXPECT_FALSE(copy.IsInitialized() || copy.GetDate().IsInitialized() || copy.GetTime().IsInitialized());
+    both.Reset();
+    EXPECT_FALSE(both.IsInitialized() || both.GetDate().IsInitialized() || both.GetTime().IsInitialized());
 }
 
 // Compare and IsDifferent against bodies, and the static Compare.
@@ -359,32 +340,25 @@ TEST(DateTimeFieldTest, Comparisons)
              {__LINE__, DT, "2024-02-28 23:59:59.999", {0x5D, 0xD0, 0x0F, 0, 0, 0}, -1},
              {__LINE__, DT, "2024-02-29 12:34:56.001", {0x5D, 0xD0, 0x0F, 12, 34, 56}, 1}})
     {
-        const auto value = Parse(row.type, row.text);
+        SCOPED_TRACE(row.line);
+        const auto value = Parse(row.type, row.text), empty = Make(row.type);
+        const unsigned size = unsigned(row.body.size());
         int result = 99;
-        bool different = false;
-        EXPECT_EQ(OK, value->Compare(row.body.data(), unsigned(row.body.size()), result)) << row.line;
-        EXPECT_EQ(row.order, result) << row.line;
-        EXPECT_EQ(OK, value->IsDifferent(row.body.data(), unsigned(row.body.size()), different)) << row.line;
-        EXPECT_EQ(row.order != 0, different) << row.line;
+        bool different = row.order == 0, nothingDifferent = false, emptyDifferent = false, emptiesDifferent = true;
+        EXPECT_EQ(OK, value->Compare(row.body.data(), size, result) | value->IsDifferent(row.body.data(), size, different));
+        EXPECT_EQ((std::pair{row.order, row.order != 0}), (std::pair{result, different}));
         unsigned char own[8];
         unsigned written = 0;
         value->SerializeBody(own, ANY, written);
-        result = 99;
         using BodyCompare = StatusCode (*)(const void*, unsigned, const void*, unsigned, int&) noexcept;
         const BodyCompare Static = row.type == D ? BodyCompare(&Date::Compare) : row.type == T ? BodyCompare(&Time::Compare) : BodyCompare(&DateTime::Compare);
-        EXPECT_EQ(OK, Static(row.body.data(), unsigned(row.body.size()), own, written, result)) << row.line;
-        EXPECT_EQ(-row.order, result) << row.line;
-        EXPECT_EQ(PARAMETER, Static(own, written, row.body.data(), 2, result)) << row.line;
-        EXPECT_EQ(PARAMETER, Static(row.body.data(), 2, own, written, result)) << row.line;
-        EXPECT_EQ(-row.order, result) << row.line;
-        EXPECT_EQ(OK, value->IsDifferent(nullptr, 0, different)) << row.line; // length 0: a value holding nothing
-        EXPECT_TRUE(different) << row.line;
-        const auto empty = Make(row.type);
-        EXPECT_EQ(NOT_INITIALIZED, empty->Compare(row.body.data(), unsigned(row.body.size()), result)) << row.line;
-        EXPECT_EQ(OK, empty->IsDifferent(row.body.data(), unsigned(row.body.size()), different)) << row.line;
-        EXPECT_TRUE(different) << row.line;
-        EXPECT_EQ(OK, empty->IsDifferent(nullptr, 0, different)) << row.line;
-        EXPECT_FALSE(different) << row.line;
+        EXPECT_EQ(OK, Static(row.body.data(), size, own, written, result));
+        EXPECT_EQ(PARAMETER, Static(own, written, row.body.data(), 2, result) | Static(row.body.data(), 2, own, written, result));
+        EXPECT_EQ(-row.order, result);
+        // A body of length 0 stands for a value that holds nothing.
+        EXPECT_EQ(OK, value->IsDifferent(nullptr, 0, nothingDifferent) | empty->IsDifferent(row.body.data(), size, emptyDifferent) | empty->IsDifferent(nullptr, 0, emptiesDifferent));
+        EXPECT_TRUE(nothingDifferent && emptyDifferent && !emptiesDifferent);
+        EXPECT_EQ(NOT_INITIALIZED, empty->Compare(row.body.data(), size, result));
     }
     bool different = false;
     EXPECT_EQ(FORMAT, Parse(T, "00:00:00")->IsDifferent("\x07\xCF\xDF\x77", 4, different));
@@ -408,7 +382,6 @@ TEST(DateTimeFieldTest, Conversions)
         const auto value = Parse(row.target, Known(row.target));
         EXPECT_EQ(row.status, value->Convert(row.source)) << row.line;
         EXPECT_EQ(row.status == OK ? row.result : Known(row.target), Text(*value)) << row.line;
-        EXPECT_EQ(row.target, value->GetType()) << row.line;
     }
     const std::unique_ptr<IFieldType> clone(FieldTypeFactory::GetInstance().Clone(stamp.get()));
     EXPECT_EQ(*static_cast<const DateTime*>(stamp.get()), *static_cast<const DateTime*>(clone.get()));
@@ -436,9 +409,7 @@ TEST(DateTimeFieldTest, Clock)
     const auto before = floor<seconds>(system_clock::now()).time_since_epoch().count();
     const DateTime utc = DateTime::CreateUtcDateTime(false), local = DateTime::CreateLocalDateTime(true);
     const auto after = floor<seconds>(system_clock::now()).time_since_epoch().count();
-    EXPECT_LE(before, Seconds(utc));
-    EXPECT_GE(after, Seconds(utc));
-    EXPECT_EQ(0u, utc.GetTime().GetMillisecond());
+    EXPECT_TRUE(before <= Seconds(utc) && Seconds(utc) <= after && utc.GetTime().GetMillisecond() == 0);
     EXPECT_NEAR(double(DateTime::GetTimeZoneOffset()), double(Seconds(local) - Seconds(utc)), 2.0);
     EXPECT_EQ(Time::GetTimeZoneOffset(), DateTime::GetTimeZoneOffset());
     EXPECT_TRUE(Date::CreateUtcDate().IsInitialized() && Date::CreateLocalDate().IsInitialized());

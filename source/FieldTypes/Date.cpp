@@ -462,14 +462,13 @@ namespace Detail {
 bool ReadCalendarClock(bool local, CalendarInstant& now) noexcept
 {
     using namespace std::chrono;
-    const std::int64_t milliseconds =
-        floor<std::chrono::milliseconds>(system_clock::now()).time_since_epoch().count();
-    const std::int64_t seconds = milliseconds / 1000 - (milliseconds % 1000 < 0 ? 1 : 0);
-    now.millisecond = static_cast<unsigned int>(milliseconds - seconds * 1000);
+    const system_clock::time_point instant = system_clock::now();
+    const sys_seconds second = floor<seconds>(instant);
+    now.millisecond = static_cast<unsigned int>(duration_cast<milliseconds>(instant - second).count());
     if (local)
     {
         std::tm fields{};
-        if (!ToLocalCalendarTime(seconds, fields))
+        if (!ToLocalCalendarTime(second.time_since_epoch().count(), fields))
             return false;
         now.year = static_cast<std::int64_t>(fields.tm_year) + 1900;
         now.month = static_cast<unsigned int>(fields.tm_mon + 1);
@@ -480,9 +479,9 @@ bool ReadCalendarClock(bool local, CalendarInstant& now) noexcept
         now.second = fields.tm_sec > 59 ? 59u : static_cast<unsigned int>(fields.tm_sec);
         return true;
     }
-    const std::int64_t days = seconds / 86400 - (seconds % 86400 < 0 ? 1 : 0);
-    const std::int64_t secondOfDay = seconds - days * 86400;
-    FromJulianDay(kUnixEpochJulianDay + days, now.year, now.month, now.day);
+    const sys_days day = floor<days>(second);
+    const std::int64_t secondOfDay = (second - day).count();
+    FromJulianDay(kUnixEpochJulianDay + day.time_since_epoch().count(), now.year, now.month, now.day);
     now.hour = static_cast<unsigned int>(secondOfDay / 3600);
     now.minute = static_cast<unsigned int>(secondOfDay / 60 % 60);
     now.second = static_cast<unsigned int>(secondOfDay % 60);
@@ -494,7 +493,7 @@ std::int32_t GetLocalOffsetSeconds() noexcept
     const std::int64_t seconds =
         std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()).time_since_epoch().count();
     std::tm fields{};
-    if (!ToLocalCalendarTime(seconds, fields) || fields.tm_mon < 0 || fields.tm_mon > 11)
+    if (!ToLocalCalendarTime(seconds, fields))
         return 0;
     const std::int64_t days =
         JulianDay(static_cast<std::int64_t>(fields.tm_year) + 1900, static_cast<unsigned int>(fields.tm_mon + 1),

@@ -54,33 +54,26 @@ void CheckRoundTrip(const Value& value)
 }
 
 template <typename Value>
-void Fuzz(const std::uint8_t* data, unsigned int size, const char* knownText)
+void Fuzz(const std::uint8_t* data, unsigned int size, const std::string& known)
 {
-    const std::string known(knownText);
     Value reference;
-    {
-        MessageValidator text(known.data(), static_cast<unsigned int>(known.size()));
-        Require(reference.FromString(text) == STATUS_CODE_SUCCESS);
-    }
+    MessageValidator knownText(known.data(), static_cast<unsigned int>(known.size()));
+    Require(reference.FromString(knownText) == STATUS_CODE_SUCCESS);
 
-    // The body and the record form of the whole input.
+    // The body and the record form of the whole input, and comparisons with
+    // it as a body, read it alike.
     Value body = reference, record = reference;
-    const StatusCode bodyStatus = body.DeserializeBody(data, size);
+    const StatusCode status = body.DeserializeBody(data, size);
     MessageValidator recordInput(data, size);
-    Require(record.Deserialize(recordInput, size) == bodyStatus);
-    Require(bodyStatus == STATUS_CODE_SUCCESS ? (body == record && recordInput.IsAtEnd())
-                                              : (body == reference && record == reference &&
-                                                 recordInput.GetCursor() == 0));
-    if (bodyStatus == STATUS_CODE_SUCCESS)
+    Require(record.Deserialize(recordInput, size) == status && body == record);
+    Require(status == STATUS_CODE_SUCCESS ? recordInput.IsAtEnd() : body == reference && recordInput.GetCursor() == 0);
+    if (status == STATUS_CODE_SUCCESS)
         CheckRoundTrip(body);
-
-    // Comparing with the input as a body reads it the same way.
     bool different = false;
     int order = 7;
     const StatusCode differentStatus = reference.IsDifferent(data, size, different);
-    Require(size == 0 ? differentStatus == STATUS_CODE_SUCCESS && different : differentStatus == bodyStatus);
-    const StatusCode compareStatus = reference.Compare(data, size, order);
-    Require(compareStatus == bodyStatus && (compareStatus != STATUS_CODE_SUCCESS || (order == 0) == !different));
+    Require(size == 0 ? differentStatus == STATUS_CODE_SUCCESS && different : differentStatus == status);
+    Require(reference.Compare(data, size, order) == status && (status != STATUS_CODE_SUCCESS || (order == 0) == !different));
 
     // The update form and the static check from the start of the input.
     Value update = reference;
@@ -90,25 +83,19 @@ void Fuzz(const std::uint8_t* data, unsigned int size, const char* knownText)
     Require(Value::ValidateSerializedLengthAndBody(checkInput, offset, length) == updateStatus);
     Require(updateInput.GetCursor() == checkInput.GetCursor());
     if (updateStatus == STATUS_CODE_SUCCESS)
-    {
         Require(offset == 0 && length == updateInput.GetCursor());
-        CheckRoundTrip(update);
-    }
     else
-    {
         Require(update == reference && updateInput.GetCursor() == 0 && offset == 99 && length == 99);
-    }
+    if (updateStatus == STATUS_CODE_SUCCESS)
+        CheckRoundTrip(update);
 
     // The input as text.
     Value parsed = reference;
     MessageValidator text(data, size);
     const StatusCode textStatus = parsed.FromString(text);
-    if (textStatus != STATUS_CODE_SUCCESS)
-        Require(parsed == reference && text.GetCursor() == 0);
-    else if (parsed.IsInitialized())
+    Require(textStatus == STATUS_CODE_SUCCESS ? text.IsAtEnd() : parsed == reference && text.GetCursor() == 0);
+    if (textStatus == STATUS_CODE_SUCCESS && parsed.IsInitialized())
         CheckRoundTrip(parsed);
-    else
-        Require(text.IsAtEnd());
 }
 
 } // namespace
