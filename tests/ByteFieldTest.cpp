@@ -286,7 +286,7 @@ TEST(ByteFieldStorage, InlineHeapAndRelease)
     {
         const auto value = Make(type, Pattern(33));
         value->Reset();
-        EXPECT_EQ(IFieldType::NOT_INITIALIZED_TEXT, value->ToString()) << int(type);
+        EXPECT_EQ(std::string(IFieldType::NOT_INITIALIZED_TEXT), value->ToString()) << int(type);
         ASSERT_EQ(OK, value->Convert(Make(TA, Pattern(40)).get())) << int(type);
         value->Release();
         EXPECT_FALSE(value->IsInitialized()) << int(type);
