@@ -43,7 +43,6 @@ TEST(ByteFieldText, ToString)
     EXPECT_EQ(std::string("a\0b", 3), TextString(std::string("a\0b", 3)).ToString());
     EXPECT_EQ("0x01ab", BinaryArray("\x01\xab").ToString());
     EXPECT_EQ("\x01\xab", BinaryArray("\x01\xab").ToString(false));
-    EXPECT_EQ("xyz", TextArray("xyz").ToString());
     EXPECT_EQ("01000000 0x6162", Blob("ab", 1).ToString());
     EXPECT_EQ("78563412 0x", Blob("", 0x12345678).ToString()); // the header's bytes in memory order
     EXPECT_EQ("0a000000 0x00ff", CrcBlob(std::string("\0\xff", 2), 10).ToString());
@@ -125,7 +124,6 @@ TEST(ByteFieldText, Base64Vectors)
         EXPECT_EQ(raw, fromPadded.ToString(false)) << padded;
         EXPECT_EQ(raw, fromUnpadded.ToString(false)) << padded;
     }
-    EXPECT_EQ(std::string("ABCD"), BinaryArray::ToBase64(reinterpret_cast<const unsigned char*>("\0\x10\x83"), 3, true));
     BinaryArray value("x");
     value.Reset();
     EXPECT_EQ(NI, value.ToBase64String<true>());
