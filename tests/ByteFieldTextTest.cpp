@@ -52,7 +52,6 @@ TEST(ByteFieldText, ToString)
         EXPECT_EQ(NI, value->ToString()) << int(type);
         EXPECT_NE(std::string(), value->GetFromStringFormat()) << int(type);
     }
-    EXPECT_EQ(NI, BinaryString().ToString(false));
 }
 
 // What each type reads; on failure the value ("keep", header 1) and the cursor stay.
@@ -90,6 +89,9 @@ TEST(ByteFieldText, FromString)
         EXPECT_EQ(row.status, status) << "row at line " << row.line;
         EXPECT_EQ(row.after, value->ToString()) << "row at line " << row.line;
         EXPECT_EQ(status == OK ? 0 : row.text.size(), remaining) << "row at line " << row.line;
+        std::unique_ptr<IFieldType> fresh(FieldTypeFactory::GetInstance().Create(row.type)); // not initialized before
+        MessageValidator again(row.text.data(), unsigned(row.text.size()));
+        EXPECT_TRUE(row.status != OK || (fresh->FromString(again) == OK && fresh->ToString() == row.after)) << row.line;
     }
     CrcBlob crc;
     MessageValidator text("0a000000 0x616263", 17);
@@ -136,8 +138,6 @@ TEST(ByteFieldText, Base64Vectors)
     EXPECT_EQ(PARAMETER, BinaryArray::FromBase64(nullptr, 4, true, out, 4, length));
     EXPECT_EQ(OK, BinaryArray::FromBase64("Zm9vYg==", 8, true, out, 4, length));
     EXPECT_EQ(4u, length);
-    EXPECT_EQ(OK, BinaryArray::FromBase64("", 0, false, nullptr, 0, length));
-    EXPECT_EQ(0u, length);
 }
 
 // Each decoder refuses what its encoder cannot write; the value stays.
@@ -181,7 +181,6 @@ TEST(ByteFieldText, Crc)
     EXPECT_EQ(0xCBF43926u, CrcBlob::CalculateCrc(digits, 9, 0));
     EXPECT_EQ(0xCBF43926u, CrcBlob::CalculateCrc(digits + 4, 5, CrcBlob::CalculateCrc(digits, 4, 0))); // chained
     EXPECT_EQ(0x12345678u, CrcBlob::CalculateCrc(digits, 0, 0x12345678));
-    EXPECT_EQ(0xD202EF8Du, CrcBlob::CalculateCrc(reinterpret_cast<const unsigned char*>(""), 1, 0)); // one zero byte
 }
 
 // Order and difference against bodies: byte-wise, a prefix first; blobs by
