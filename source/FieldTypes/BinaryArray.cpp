@@ -6,6 +6,7 @@
 #include "FieldTypes/ByteFieldWire.h"
 
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -15,12 +16,17 @@ namespace {
 
 constexpr char kAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-// The two characters of every 12-bit value: a group of three bytes is two
-// look-ups.
-constexpr std::array<std::array<char, 2>, 4096> kPairs = [] {
-    std::array<std::array<char, 2>, 4096> table{};
+// The two characters of every 12-bit value as they lie in memory: a group
+// of three bytes is two look-ups and one four-byte store.
+constexpr std::array<std::uint16_t, 4096> kPairs = [] {
+    std::array<std::uint16_t, 4096> table{};
     for (unsigned value = 0; value < 4096; ++value)
-        table[value] = {kAlphabet[value >> 6], kAlphabet[value & 63]};
+    {
+        const auto first = static_cast<unsigned char>(kAlphabet[value >> 6]);
+        const auto second = static_cast<unsigned char>(kAlphabet[value & 63]);
+        table[value] = static_cast<std::uint16_t>(std::endian::native == std::endian::little ? first | second << 8
+                                                                                              : first << 8 | second);
+    }
     return table;
 }();
 
@@ -74,7 +80,16 @@ StatusCode Base64Decode(const char* text, std::size_t groups, unsigned tail, uns
 {
     const auto* in = reinterpret_cast<const unsigned char*>(text);
     std::uint32_t bad = 0;
-    for (std::size_t i = 0; i < groups; ++i, in += 4, target += 3)
+    // All groups but the last store four bytes at once (the fourth is
+    // overwritten by the next group).
+    for (std::size_t i = 1; i < groups; ++i, in += 4, target += 3)
+    {
+        const std::uint32_t word = kDecode[0][in[0]] | kDecode[1][in[1]] | kDecode[2][in[2]] | kDecode[3][in[3]];
+        bad |= word;
+        const std::uint32_t bytes = std::endian::native == std::endian::little ? __builtin_bswap32(word << 8) : word << 8;
+        std::memcpy(target, &bytes, 4);
+    }
+    for (std::size_t i = groups != 0 ? groups - 1 : 0; i < groups; ++i, in += 4, target += 3)
     {
         const std::uint32_t word = kDecode[0][in[0]] | kDecode[1][in[1]] | kDecode[2][in[2]] | kDecode[3][in[3]];
         bad |= word;
@@ -143,8 +158,9 @@ std::string BinaryArray::ToBase64(const unsigned char* data, unsigned int length
     for (std::size_t i = 0; i < groups; ++i, data += 3, out += 4)
     {
         const std::uint32_t word = std::uint32_t{data[0]} << 16 | std::uint32_t{data[1]} << 8 | data[2];
-        std::memcpy(out, kPairs[word >> 12].data(), 2);
-        std::memcpy(out + 2, kPairs[word & 0xFFF].data(), 2);
+        const std::uint32_t high = kPairs[word >> 12], low = kPairs[word & 0xFFF];
+        const std::uint32_t chars = std::endian::native == std::endian::little ? high | low << 16 : high << 16 | low;
+        std::memcpy(out, &chars, 4);
     }
     if (rest != 0)
     {

@@ -97,7 +97,7 @@ int CompareRuns(const unsigned char* first, unsigned int firstLength, const unsi
     const unsigned int common = firstLength < secondLength ? firstLength : secondLength;
     const int order = common != 0 ? std::memcmp(first, second, common) : 0;
     if (order != 0)
-        return order;
+        return order < 0 ? -1 : 1;
     return firstLength < secondLength ? -1 : firstLength > secondLength ? 1 : 0;
 }
 

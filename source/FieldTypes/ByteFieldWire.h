@@ -62,7 +62,7 @@ StatusCode PeekLongBody(const MessageValidator& validator, unsigned int maxLengt
                         unsigned int& bodyOffset, unsigned int& bodyLength) noexcept;
 
 // Byte-wise order of two runs; a run that is a prefix of the other comes
-// first. Negative, 0 or positive.
+// first. -1, 0 or 1.
 int CompareRuns(const unsigned char* first, unsigned int firstLength, const unsigned char* second,
                 unsigned int secondLength) noexcept;
 
@@ -112,8 +112,7 @@ inline int CompareHeaded(std::uint32_t firstHeader, const unsigned char* first, 
 {
     if (firstHeader != secondHeader)
         return firstHeader < secondHeader ? -1 : 1;
-    const int order = CompareRuns(first, firstLength, second, secondLength);
-    return order < 0 ? -1 : order > 0 ? 1 : 0;
+    return CompareRuns(first, firstLength, second, secondLength);
 }
 
 // The blob text form: the header word's four bytes in memory order as hex,

@@ -26,7 +26,8 @@
 //
 // Text form: the bytes as they are; FromString takes the whole remaining
 // text (the empty text gives an initialized empty value).
-// Compare orders byte-wise, a run that is a prefix of another first; it
+// Compare orders byte-wise (result -1, 0 or 1), a run that is a prefix of
+// another first; it
 // answers STATUS_CODE_NOT_INITIALIZED for a value that is not initialized.
 // IsDifferent says "different" for a value that is not initialized. Both
 // check the body as DeserializeBody does.

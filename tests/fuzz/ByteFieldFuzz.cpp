@@ -1,0 +1,72 @@
+// Fuzzes the wire readers of the text, binary and blob values. Byte 0 picks
+// the type (codes 7 to 12) and the byte order, byte 1 the form and the
+// maximum length; the rest is the input. Whatever reads must write back as
+// the very bytes it was read from, and the update form's checker must
+// accept exactly what the update reader accepts, at the same place.
+#include <ZantorMiddleware/ZantorBase/FieldTypes/FieldTypeFactory.h>
+#include <ZantorMiddleware/ZantorBase/MessageBuilder.h>
+#include <ZantorMiddleware/ZantorBase/MessageValidator.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+using namespace Zantor;
+
+static void Check(bool condition)
+{
+    if (!condition)
+        std::abort();
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    if (size < 2 || size > 0xFFFF)
+        return 0;
+    const auto type = static_cast<unsigned char>(FIELD_TYPE_TEXTSTRING + data[0] % 6);
+    const auto endian = static_cast<MessageHandler::Endian>(data[0] / 6 % 2);
+    const unsigned form = data[1] % 3, max = data[1] < 192 ? data[1] : ~0u;
+    const uint8_t* input = data + 2;
+    const auto length = static_cast<unsigned>(size - 2);
+    std::unique_ptr<IFieldType> value(FieldTypeFactory::GetInstance().Create(type));
+
+    MessageValidator validator(input, length), checker(input, length);
+    validator.SetEndian(endian);
+    checker.SetEndian(endian);
+    unsigned offset = 0, bodyLength = 0;
+    const StatusCode checked = IFieldType::ValidateSerializedLengthAndBody(type, checker, offset, bodyLength);
+    StatusCode status;
+    if (form == 0)
+        status = value->DeserializeBody(input, length);
+    else if (form == 1)
+        status = value->Deserialize(validator, max);
+    else
+        status = value->DeserializeLengthAndBody(validator, ~0u);
+    if (form == 2)
+        Check((checked == STATUS_CODE_SUCCESS) == (status == STATUS_CODE_SUCCESS) &&
+              checker.GetCursor() == validator.GetCursor());
+    if (status != STATUS_CODE_SUCCESS)
+        return 0;
+
+    std::vector<unsigned char> body(value->GetSerializedBodyLength());
+    unsigned written = 0;
+    Check(value->SerializeBody(body.data(), static_cast<unsigned>(body.size()), written) == STATUS_CODE_SUCCESS);
+    bool different = true;
+    int order = 1;
+    Check(value->IsDifferent(body.data(), written, different) == STATUS_CODE_SUCCESS && !different);
+    Check(value->Compare(body.data(), written, order) == STATUS_CODE_SUCCESS && order == 0);
+    if (form == 0)
+    {
+        Check(written == length && std::memcmp(body.data(), input, length) == 0);
+        return 0;
+    }
+    MessageBuilder builder;
+    builder.SetEndian(endian);
+    Check((form == 1 ? value->Serialize(builder, max) : value->SerializeLengthAndBody(builder, ~0u)) == STATUS_CODE_SUCCESS);
+    Check(builder.GetLength() == validator.GetCursor() && std::memcmp(builder.GetBuffer(), input, builder.GetLength()) == 0);
+    if (form == 2)
+        Check(bodyLength == written && std::memcmp(input + offset, body.data(), written) == 0);
+    return 0;
+}
