@@ -336,8 +336,11 @@ TEST(ByteFieldStatics, RawFormsPerCode)
         EXPECT_EQ(expected, IFieldType::SerializeLengthAndBody(type, builder, 100, data.data(), 3)) << code;
         EXPECT_EQ(expected, IFieldType::SerializeBody(type, buffer, sizeof buffer, written, data.data(), 3)) << code;
         MessageValidator validator(update.data(), 4);
-        EXPECT_EQ(code == TS || code == TA || code == BS || code == BA ? OK : PARAMETER,
-                  IFieldType::ValidateSerializedLengthAndBody(type, validator, offset, length)) << code;
+        if (code >= TS && code != FIELD_TYPE_BOOLEAN) // the other codes read their own forms
+        {
+            EXPECT_EQ(code == TS || code == TA || code == BS || code == BA ? OK : PARAMETER,
+                      IFieldType::ValidateSerializedLengthAndBody(type, validator, offset, length)) << code;
+        }
     }
 }
 
