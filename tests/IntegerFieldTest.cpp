@@ -64,50 +64,31 @@ StatusCode Read(IFieldType& field, Form form, const Bytes& bytes, unsigned lengt
     return status;
 }
 
-struct Vector
-{
-    unsigned char type;
-    std::int64_t value;
-    Form form;
-    unsigned length;
-    Endian endian;
-    Bytes bytes;
-};
+struct Vector { unsigned char type; std::int64_t value; Form form; unsigned length; Endian endian; Bytes bytes; };
 
 TEST(IntegerField, WireVectorsOfEveryWidthAndBothByteOrders)
 {
     const unsigned char U = FIELD_TYPE_UINT, S = FIELD_TYPE_SINT;
     const Vector vectors[] = {
-        {U, 255, UPDATE, 8, LE, {1, 0xFF}},
-        {U, 256, UPDATE, 8, LE, {2, 0x00, 0x01}},
-        {U, 256, UPDATE, 8, BE, {2, 0x01, 0x00}},
-        {U, 300, UPDATE, 2, LE, {2, 0x2C, 0x01}},
-        {U, 65535, UPDATE, 8, LE, {2, 0xFF, 0xFF}},
-        {U, 65536, UPDATE, 8, LE, {4, 0x00, 0x00, 0x01, 0x00}},
+        {U, 255, UPDATE, 8, LE, {1, 0xFF}}, {U, 256, UPDATE, 8, LE, {2, 0x00, 0x01}},
+        {U, 256, UPDATE, 8, BE, {2, 0x01, 0x00}}, {U, 300, UPDATE, 2, LE, {2, 0x2C, 0x01}},
+        {U, 65535, UPDATE, 8, LE, {2, 0xFF, 0xFF}}, {U, 65536, UPDATE, 8, LE, {4, 0x00, 0x00, 0x01, 0x00}},
         {U, 65536, UPDATE, 8, BE, {4, 0x00, 0x01, 0x00, 0x00}},
         {U, 1LL << 32, UPDATE, 8, LE, {8, 0, 0, 0, 0, 1, 0, 0, 0}},
-        {U, 1LL << 32, UPDATE, 8, BE, {8, 0, 0, 0, 1, 0, 0, 0, 0}},
-        {U, 300, RECORD, 4, LE, {0x2C, 0x01, 0x00, 0x00}},
-        {U, 300, RECORD, 4, BE, {0x00, 0x00, 0x01, 0x2C}},
-        {U, 300, RECORD, 3, LE, {0x2C, 0x01, 0x00}},
-        {U, 300, RECORD, 3, BE, {0x00, 0x01, 0x2C}},
-        {U, 0x0102, RECORD, 5, BE, {0, 0, 0, 1, 2}},
-        {U, 0x01020304, RECORD, 6, LE, {4, 3, 2, 1, 0, 0}},
-        {U, 0x05, RECORD, 7, BE, {0, 0, 0, 0, 0, 0, 5}},
+        {U, 1LL << 32, UPDATE, 8, BE, {8, 0, 0, 0, 1, 0, 0, 0, 0}}, {U, 300, RECORD, 4, LE, {0x2C, 0x01, 0x00, 0x00}},
+        {U, 300, RECORD, 4, BE, {0x00, 0x00, 0x01, 0x2C}}, {U, 300, RECORD, 3, LE, {0x2C, 0x01, 0x00}},
+        {U, 300, RECORD, 3, BE, {0x00, 0x01, 0x2C}}, {U, 0x0102, RECORD, 5, BE, {0, 0, 0, 1, 2}},
+        {U, 0x01020304, RECORD, 6, LE, {4, 3, 2, 1, 0, 0}}, {U, 0x05, RECORD, 7, BE, {0, 0, 0, 0, 0, 0, 5}},
         {U, 300, BODY, 2, BE, {0x2C, 0x01}}, // a caller's buffer is always little-endian
-        {S, -128, UPDATE, 8, LE, {1, 0x80}},
-        {S, -129, UPDATE, 8, LE, {2, 0x7F, 0xFF}},
-        {S, -129, UPDATE, 8, BE, {2, 0xFF, 0x7F}},
-        {S, 32767, UPDATE, 8, LE, {2, 0xFF, 0x7F}},
+        {S, -128, UPDATE, 8, LE, {1, 0x80}}, {S, -129, UPDATE, 8, LE, {2, 0x7F, 0xFF}},
+        {S, -129, UPDATE, 8, BE, {2, 0xFF, 0x7F}}, {S, 32767, UPDATE, 8, LE, {2, 0xFF, 0x7F}},
         {S, -32769, UPDATE, 8, LE, {4, 0xFF, 0x7F, 0xFF, 0xFF}},
         {S, 0x7FFFFFFF, UPDATE, 8, LE, {4, 0xFF, 0xFF, 0xFF, 0x7F}},
         {S, -0x80000000LL, UPDATE, 8, BE, {4, 0x80, 0x00, 0x00, 0x00}},
         {S, 0x80000000LL, UPDATE, 8, LE, {8, 0x00, 0x00, 0x00, 0x80, 0, 0, 0, 0}},
-        {S, kMin, UPDATE, 8, BE, {8, 0x80, 0, 0, 0, 0, 0, 0, 0}},
-        {S, -1, RECORD, 3, BE, {0xFF, 0xFF, 0xFF}},
+        {S, kMin, UPDATE, 8, BE, {8, 0x80, 0, 0, 0, 0, 0, 0, 0}}, {S, -1, RECORD, 3, BE, {0xFF, 0xFF, 0xFF}},
         {S, -2, RECORD, 5, LE, {0xFE, 0xFF, 0xFF, 0xFF, 0xFF}},
-        {S, -300, RECORD, 6, BE, {0xFF, 0xFF, 0xFF, 0xFF, 0xFE, 0xD4}},
-        {S, 127, RECORD, 7, LE, {0x7F, 0, 0, 0, 0, 0, 0}},
+        {S, -300, RECORD, 6, BE, {0xFF, 0xFF, 0xFF, 0xFF, 0xFE, 0xD4}}, {S, 127, RECORD, 7, LE, {0x7F, 0, 0, 0, 0, 0, 0}},
         {S, -2, BODY, 8, BE, {0xFE, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF}},
     };
     for (const Vector& v : vectors)
@@ -158,38 +139,20 @@ TEST(IntegerField, RoundTripsAtEveryWidthBoundary)
                 }
 }
 
-struct Failure
-{
-    unsigned char type;
-    Form form;
-    Bytes bytes;
-    unsigned length;
-    StatusCode status;
-    StatusCode validateStatus; // IFieldType::ValidateSerializedLengthAndBody of an update
-};
+// validateStatus: what IFieldType::ValidateSerializedLengthAndBody says of an update.
+struct Failure { unsigned char type; Form form; Bytes bytes; unsigned length; StatusCode status, validateStatus; };
 
 TEST(IntegerField, ReadingFailuresLeaveValueAndCursor)
 {
     const unsigned char U = FIELD_TYPE_UINT, S = FIELD_TYPE_SINT, B = FIELD_TYPE_BOOLEAN;
     const Failure failures[] = {
-        {U, BODY, {}, 0, PARAM, OK},
-        {S, BODY, {1, 2, 3, 4, 5, 6, 7, 8, 9}, 0, PARAM, OK},
-        {U, RECORD, {1}, 0, PARAM, OK},
-        {U, RECORD, {1, 2, 3, 4, 5, 6, 7, 8, 9}, 9, PARAM, OK},
-        {S, RECORD, {1, 2, 3}, 4, PARAM, OK},
-        {U, UPDATE, {1, 5}, 0, PARAM, OK},
-        {U, UPDATE, {}, 8, PARAM, PARAM},
-        {S, UPDATE, {0, 5}, 8, RANGE, RANGE},
-        {U, UPDATE, {3, 1, 2, 3}, 2, RANGE, OK},
-        {U, UPDATE, {9, 1, 2, 3, 4, 5, 6, 7, 8, 9}, 255, RANGE, RANGE},
-        {S, UPDATE, {4, 1, 2, 3}, 8, PARAM, PARAM},
-        {U, UPDATE, {1}, 8, PARAM, PARAM},
-        {B, BODY, {}, 0, PARAM, OK},
-        {B, BODY, {1, 1}, 0, PARAM, OK},
-        {B, RECORD, {1}, 2, PARAM, OK},
-        {B, RECORD, {}, 1, PARAM, OK},
-        {B, UPDATE, {1}, 0, PARAM, OK},
-        {B, UPDATE, {}, 1, PARAM, PARAM},
+        {U, BODY, {}, 0, PARAM, OK}, {S, BODY, {1, 2, 3, 4, 5, 6, 7, 8, 9}, 0, PARAM, OK}, {U, RECORD, {1}, 0, PARAM, OK},
+        {U, RECORD, {1, 2, 3, 4, 5, 6, 7, 8, 9}, 9, PARAM, OK}, {S, RECORD, {1, 2, 3}, 4, PARAM, OK},
+        {U, UPDATE, {1, 5}, 0, PARAM, OK}, {U, UPDATE, {}, 8, PARAM, PARAM}, {S, UPDATE, {0, 5}, 8, RANGE, RANGE},
+        {U, UPDATE, {3, 1, 2, 3}, 2, RANGE, OK}, {U, UPDATE, {9, 1, 2, 3, 4, 5, 6, 7, 8, 9}, 255, RANGE, RANGE},
+        {S, UPDATE, {4, 1, 2, 3}, 8, PARAM, PARAM}, {U, UPDATE, {1}, 8, PARAM, PARAM}, {B, BODY, {}, 0, PARAM, OK},
+        {B, BODY, {1, 1}, 0, PARAM, OK}, {B, RECORD, {1}, 2, PARAM, OK}, {B, RECORD, {}, 1, PARAM, OK},
+        {B, UPDATE, {1}, 0, PARAM, OK}, {B, UPDATE, {}, 1, PARAM, PARAM},
     };
     for (const Failure& f : failures)
     {
@@ -257,35 +220,24 @@ TEST(IntegerField, WritingFailures)
 
 TEST(IntegerField, BodiesExtendBySignOrZero)
 {
-    const unsigned char ff[] = {0xFF, 0xFF, 0xFF}, fe[] = {0xFE, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
-    SInt s;
-    UInt u;
-    EXPECT_EQ(OK, s.DeserializeBody(ff, 1));
-    EXPECT_EQ(-1, s.GetValue());
-    EXPECT_EQ(OK, u.DeserializeBody(ff, 1));
-    EXPECT_EQ(255u, u.GetValue());
-    EXPECT_EQ(OK, s.DeserializeBody(ff, 3));
-    EXPECT_EQ(-1, s.GetValue());
-    EXPECT_EQ(OK, u.DeserializeBody(ff, 3));
-    EXPECT_EQ(0xFFFFFFu, u.GetValue());
-    EXPECT_EQ(OK, s.DeserializeBody(fe, 7));
-    EXPECT_EQ(-2, s.GetValue());
-    EXPECT_EQ(OK, s.DeserializeBody(fe, 2));
-    EXPECT_EQ(-2, s.GetValue());
-    EXPECT_EQ(OK, s.DeserializeBody(fe + 1, 4));
-    EXPECT_EQ(-1, s.GetValue());
+    struct Row { unsigned char type; Bytes body; const char* value; };
+    const unsigned char U = FIELD_TYPE_UINT, S = FIELD_TYPE_SINT;
+    for (const Row& r : {Row{S, {0xFF}, "-1"}, Row{U, {0xFF}, "255"}, Row{S, {0x00, 0x80}, "-32768"}, Row{U, {0x00, 0x80}, "32768"},
+                         Row{S, {0xFF, 0xFF, 0xFF}, "-1"}, Row{U, {0xFF, 0xFF, 0xFF}, "16777215"}, Row{U, {0, 0, 0, 0x80}, "2147483648"},
+                         Row{S, {0, 0, 0, 0, 0x80}, "-549755813888"}, Row{U, {0, 0, 0, 0, 0, 0x80}, "140737488355328"},
+                         Row{S, {0xFE, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF}, "-2"}, Row{S, {0, 0, 0, 0, 0, 0, 0, 0x80}, "-9223372036854775808"}})
+    {
+        SCOPED_TRACE(r.value);
+        const std::unique_ptr<IFieldType> field = Make(r.type, 0);
+        EXPECT_EQ(OK, field->DeserializeBody(r.body.data(), static_cast<unsigned>(r.body.size())));
+        EXPECT_EQ(r.value, field->ToString());
+    }
 }
 
 TEST(IntegerField, ArithmeticAtItsLimits)
 {
     enum Op { ADD, SUB, MUL, DIV };
-    struct Row
-    {
-        Op op;
-        std::uint64_t a, b;
-        StatusCode status;
-        std::uint64_t result;
-    };
+    struct Row { Op op; std::uint64_t a, b; StatusCode status; std::uint64_t result; };
     const Row unsignedRows[] = {
         {ADD, kUMax, 0, OK, kUMax},         {ADD, kUMax, 1, RANGE, kUMax},   {ADD, kUMax - 1, 1, OK, kUMax},
         {SUB, 5, 0, OK, 5},                 {SUB, 5, 5, OK, 0},               {SUB, 5, 6, RANGE, 5},
@@ -301,13 +253,7 @@ TEST(IntegerField, ArithmeticAtItsLimits)
         EXPECT_EQ(r.status, r.op == ADD ? a.Add(b) : r.op == SUB ? a.Subtract(b) : r.op == MUL ? a.Multiply(b) : a.Divide(b));
         EXPECT_EQ(r.result, a.GetValue());
     }
-    struct SignedRow
-    {
-        Op op;
-        std::int64_t a, b;
-        StatusCode status;
-        std::int64_t result;
-    };
+    struct SignedRow { Op op; std::int64_t a, b; StatusCode status; std::int64_t result; };
     const SignedRow signedRows[] = {
         {ADD, kMax, 1, RANGE, kMax},  {ADD, kMin, -1, RANGE, kMin}, {ADD, kMax, kMin, OK, -1},
         {SUB, kMin, 1, RANGE, kMin},  {SUB, -1, kMax, OK, kMin},    {SUB, 0, kMin, RANGE, 0},
@@ -330,83 +276,66 @@ TEST(IntegerField, ArithmeticAtItsLimits)
     EXPECT_EQ(STATUS_CODE_NOT_INITIALIZED, SInt().Subtract(s));
 }
 
-TEST(IntegerField, ComparesBodiesOfAnyWidthByValue)
+// The static Compare of two bodies, then the second body against a value
+// read from the first: the virtual Compare and IsDifferent must agree.
+TEST(IntegerField, ComparesAndDiffersByValueAcrossWidths)
 {
-    const unsigned char five[] = {5, 0, 0, 0, 0, 0, 0, 0}, minusOne[] = {0xFF, 0xFF}, big[] = {0, 1};
-    int result = 9;
-    EXPECT_EQ(OK, UInt::Compare(five, 1, five, 8, result));
-    EXPECT_EQ(0, result);
-    EXPECT_EQ(OK, UInt::Compare(minusOne, 2, big, 2, result));
-    EXPECT_GT(result, 0);
-    EXPECT_EQ(OK, SInt::Compare(minusOne, 1, five, 3, result));
-    EXPECT_LT(result, 0);
-    EXPECT_EQ(OK, SInt::Compare(big, 2, minusOne, 2, result));
-    EXPECT_GT(result, 0);
-    EXPECT_EQ(PARAM, SInt::Compare(five, 1, five, 0, result));
-    EXPECT_EQ(PARAM, UInt::Compare(five, 9, five, 1, result));
-    EXPECT_EQ(OK, SInt(-1).Compare(five, 4, result));
-    EXPECT_LT(result, 0);
-    EXPECT_EQ(OK, Boolean(true).Compare(five, 1, result));
-    EXPECT_EQ(0, result);
-    EXPECT_EQ(OK, Boolean::Compare(five + 1, 1, five, 1, result));
-    EXPECT_LT(result, 0);
-    EXPECT_EQ(STATUS_CODE_NOT_INITIALIZED, UInt().Compare(five, 1, result));
-    EXPECT_EQ(STATUS_CODE_NOT_INITIALIZED, Boolean(true).Compare(Boolean(), result));
-}
-
-TEST(IntegerField, IsDifferentComparesValueAndFlag)
-{
-    const unsigned char five[] = {5, 0, 0, 0};
+    using Static = StatusCode (*)(const void*, unsigned int, const void*, unsigned int, int&);
+    struct Row { const char* name; Static compare; unsigned char type; Bytes a, b; StatusCode status; int order; };
+    const unsigned char U = FIELD_TYPE_UINT, S = FIELD_TYPE_SINT, B = FIELD_TYPE_BOOLEAN;
+    for (const Row& r : {Row{"UInt 5 in 1 and 8 bytes", UInt::Compare, U, {5}, {5, 0, 0, 0, 0, 0, 0, 0}, OK, 0},
+                         Row{"UInt 65535 above 256", UInt::Compare, U, {0xFF, 0xFF}, {0, 1}, OK, 1},
+                         Row{"SInt -1 below 5", SInt::Compare, S, {0xFF}, {5, 0, 0}, OK, -1},
+                         Row{"SInt 256 above -1", SInt::Compare, S, {0, 1}, {0xFF, 0xFF, 0xFF, 0xFF}, OK, 1},
+                         Row{"false below true", Boolean::Compare, B, {0}, {5}, OK, -1},
+                         Row{"1 and 5 both true", Boolean::Compare, B, {1}, {5}, OK, 0},
+                         Row{"SInt empty body", SInt::Compare, S, {5}, {}, PARAM, 0},
+                         Row{"UInt 9 bytes", UInt::Compare, U, {5}, {1, 2, 3, 4, 5, 6, 7, 8, 9}, PARAM, 0},
+                         Row{"Boolean 2 bytes", Boolean::Compare, B, {1}, {1, 1}, PARAM, 0}})
+    {
+        SCOPED_TRACE(r.name);
+        const auto sizeA = static_cast<unsigned>(r.a.size()), sizeB = static_cast<unsigned>(r.b.size());
+        int order = 9;
+        EXPECT_EQ(r.status, r.compare(r.a.data(), sizeA, r.b.data(), sizeB, order));
+        std::unique_ptr<IFieldType> value(FieldTypeFactory::GetInstance().Create(r.type));
+        ASSERT_EQ(OK, value->DeserializeBody(r.a.data(), sizeA));
+        int virtualOrder = 9;
+        bool different = false;
+        EXPECT_EQ(r.status, value->Compare(r.b.data(), sizeB, virtualOrder));
+        // An empty body stands for a value that is not initialized.
+        EXPECT_EQ(sizeB == 0 ? OK : r.status, value->IsDifferent(r.b.data(), sizeB, different));
+        if (r.status == OK)
+        {
+            EXPECT_EQ(r.order, (order > 0) - (order < 0));
+            EXPECT_EQ(r.order, (virtualOrder > 0) - (virtualOrder < 0));
+        }
+        EXPECT_EQ(r.status == OK ? r.order != 0 : sizeB == 0, different);
+    }
     bool different = false;
-    EXPECT_EQ(OK, UInt(5).IsDifferent(five, 4, different));
-    EXPECT_FALSE(different);
-    EXPECT_EQ(OK, SInt(6).IsDifferent(five, 1, different));
-    EXPECT_TRUE(different);
-    EXPECT_EQ(OK, UInt(5).IsDifferent(nullptr, 0, different));
-    EXPECT_TRUE(different);
+    int order = 0;
     EXPECT_EQ(OK, SInt().IsDifferent(nullptr, 0, different));
     EXPECT_FALSE(different);
-    EXPECT_EQ(OK, SInt().IsDifferent(five, 1, different));
+    EXPECT_EQ(OK, Boolean().IsDifferent("\1", 1, different));
     EXPECT_TRUE(different);
-    EXPECT_EQ(OK, Boolean(true).IsDifferent(five, 1, different));
-    EXPECT_FALSE(different);
-    EXPECT_EQ(OK, Boolean(true).IsDifferent(five + 1, 1, different));
-    EXPECT_TRUE(different);
-    different = false;
-    EXPECT_EQ(PARAM, UInt(5).IsDifferent(five, 9, different));
-    EXPECT_EQ(PARAM, Boolean().IsDifferent(five, 2, different));
-    EXPECT_FALSE(different);
+    EXPECT_EQ(STATUS_CODE_NOT_INITIALIZED, UInt().Compare("\5", 1, order));
+    EXPECT_EQ(STATUS_CODE_NOT_INITIALIZED, Boolean(true).Compare(Boolean(), order));
 }
 
 TEST(IntegerField, TextForms)
 {
-    struct Row
-    {
-        unsigned char type;
-        std::string text;
-        StatusCode status;
-        std::string printed; // after reading (the preset "1"/"true" when it fails)
-    };
+    // printed: the value after reading (the preset "1" or "true" when reading fails)
+    struct Row { unsigned char type; std::string text; StatusCode status; std::string printed; };
     const unsigned char U = FIELD_TYPE_UINT, S = FIELD_TYPE_SINT, B = FIELD_TYPE_BOOLEAN;
     const Row rows[] = {
-        {U, "18446744073709551615", OK, "18446744073709551615"},
-        {U, "18446744073709551616", RANGE, "1"},
-        {U, "007", OK, "7"},
-        {U, "", STATUS_CODE_INVALID_FORMAT, "1"},
-        {U, "-1", STATUS_CODE_INVALID_FORMAT, "1"},
-        {U, "12x", STATUS_CODE_INVALID_LENGTH, "1"},
-        {U, "[NotInitialized]", OK, "[NotInitialized]"},
+        {U, "18446744073709551615", OK, "18446744073709551615"}, {U, "18446744073709551616", RANGE, "1"},
+        {U, "007", OK, "7"}, {U, "", STATUS_CODE_INVALID_FORMAT, "1"}, {U, "-1", STATUS_CODE_INVALID_FORMAT, "1"},
+        {U, "12x", STATUS_CODE_INVALID_LENGTH, "1"}, {U, "[NotInitialized]", OK, "[NotInitialized]"},
         {U, "[NotInitialized] ", STATUS_CODE_INVALID_LENGTH, "1"},
-        {S, "-9223372036854775807", OK, "-9223372036854775807"},
-        {S, "-9223372036854775808", RANGE, "1"},
-        {S, "+5", OK, "5"},
-        {S, "-", STATUS_CODE_INVALID_FORMAT, "1"},
-        {S, "5 ", STATUS_CODE_INVALID_LENGTH, "1"},
-        {B, "TRUE", OK, "true"},
-        {B, "fAlSe", OK, "false"},
-        {B, "yes", STATUS_CODE_INVALID_FORMAT, "true"},
-        {B, "true ", STATUS_CODE_INVALID_FORMAT, "true"},
-        {B, "tru", STATUS_CODE_INVALID_FORMAT, "true"},
+        {S, "-9223372036854775807", OK, "-9223372036854775807"}, {S, "-9223372036854775808", OK, "-9223372036854775808"},
+        {S, "-9223372036854775809", RANGE, "1"}, {S, "9223372036854775808", RANGE, "1"}, {S, "+5", OK, "5"},
+        {S, "-", STATUS_CODE_INVALID_FORMAT, "1"}, {S, "5 ", STATUS_CODE_INVALID_LENGTH, "1"}, {B, "TRUE", OK, "true"},
+        {B, "fAlSe", OK, "false"}, {B, "yes", STATUS_CODE_INVALID_FORMAT, "true"},
+        {B, "true ", STATUS_CODE_INVALID_FORMAT, "true"}, {B, "tru", STATUS_CODE_INVALID_FORMAT, "true"},
         {B, "[NotInitialized]", OK, "[NotInitialized]"},
     };
     for (const Row& r : rows)
@@ -420,7 +349,6 @@ TEST(IntegerField, TextForms)
         EXPECT_EQ(r.status == OK ? r.text.size() : 0u, text.GetCursor());
         EXPECT_EQ(r.printed, field->ToString());
     }
-    EXPECT_EQ("-9223372036854775808", SInt(kMin).ToString());
     EXPECT_STREQ("true|false", Boolean().GetFromStringFormat());
 }
 

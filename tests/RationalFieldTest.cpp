@@ -65,12 +65,7 @@ void ExpectWire(const IFieldType& field, const Bytes& little, const Bytes& big)
 
 TEST(RationalField, WireVectorsOfEveryFamily)
 {
-    struct Row
-    {
-        std::int64_t numerator;
-        D denominator;
-        Bytes little, big;
-    };
+    struct Row { std::int64_t numerator; D denominator; Bytes little, big; };
     const Row rows[] = {
         {-5, R::DENOMINATOR_DECIMAL_2, {0x82, 0x05}, {0x82, 0x05}},
         {300, R::DENOMINATOR_WHOLE, {0x20, 0x2C, 0x01}, {0x20, 0x01, 0x2C}},
@@ -147,36 +142,21 @@ TEST(RationalField, EveryCodeRoundTripsThroughEveryFormAndText)
 
 TEST(RationalField, ReadingFailuresLeaveValueAndCursor)
 {
-    struct Row
-    {
-        bool trational;
-        Bytes bytes;
-        StatusCode body, stream; // DeserializeBody of all bytes; reading from a validator
-    };
+    // body: DeserializeBody of all the bytes; stream: reading them from a validator
+    struct Row { bool trational; Bytes bytes; StatusCode body, stream; };
     const Bytes max63 = {0x60, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x7F};
     const Row rows[] = {
-        {false, {}, PARAM, PARAM},
-        {false, {0x00}, PARAM, PARAM},
-        {false, {0x20, 0x2C}, PARAM, PARAM},
-        {false, {0x00, 0x05, 0x09}, PARAM, OK},
-        {false, {0x1E, 0x00}, FORMAT, FORMAT},
-        {false, {0x1F, 0x00}, FORMAT, FORMAT},
-        {false, {0x1D, 0x01}, RANGE, RANGE},
-        {false, {0x3C, 0x00, 0x01}, RANGE, RANGE},
-        {false, {0x9D, 0x00}, OK, OK},
-        {false, max63, OK, OK},
+        {false, {}, PARAM, PARAM}, {false, {0x00}, PARAM, PARAM}, {false, {0x20, 0x2C}, PARAM, PARAM},
+        {false, {0x00, 0x05, 0x09}, PARAM, OK}, {false, {0x1E, 0x00}, FORMAT, FORMAT},
+        {false, {0x1F, 0x00}, FORMAT, FORMAT}, {false, {0x1D, 0x01}, RANGE, RANGE},
+        {false, {0x3C, 0x00, 0x01}, RANGE, RANGE}, {false, {0x9D, 0x00}, OK, OK}, {false, max63, OK, OK},
         {false, {0x60, 0, 0, 0, 0, 0, 0, 0, 0x80}, RANGE, RANGE},
         {false, {0xE0, 0, 0, 0, 0, 0, 0, 0, 0x80}, RANGE, RANGE},
-        {false, {0x60, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF}, RANGE, RANGE},
-        {true, {}, PARAM, PARAM},
-        {true, {0x02, 0x05}, PARAM, PARAM},
-        {true, {0x02, 0x05, 0x00}, FORMAT, FORMAT},
-        {true, {0x02, 0x05, 0x0F}, FORMAT, FORMAT},
-        {true, {0x02, 0x05, 0x50}, FORMAT, FORMAT},
-        {true, {0x02, 0x05, 0x90}, FORMAT, FORMAT},
-        {true, {0x02, 0x05, 0x10}, OK, OK},
-        {true, {0x1E, 0x00, 0x10}, FORMAT, FORMAT},
-        {true, {0x1C, 0x01, 0x10}, RANGE, RANGE},
+        {false, {0x60, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF}, RANGE, RANGE}, {true, {}, PARAM, PARAM},
+        {true, {0x02, 0x05}, PARAM, PARAM}, {true, {0x02, 0x05, 0x00}, FORMAT, FORMAT},
+        {true, {0x02, 0x05, 0x0F}, FORMAT, FORMAT}, {true, {0x02, 0x05, 0x50}, FORMAT, FORMAT},
+        {true, {0x02, 0x05, 0x90}, FORMAT, FORMAT}, {true, {0x02, 0x05, 0x10}, OK, OK},
+        {true, {0x1E, 0x00, 0x10}, FORMAT, FORMAT}, {true, {0x1C, 0x01, 0x10}, RANGE, RANGE},
         {true, {0x20, 0x05, 0x00, 0x10, 0x00}, PARAM, OK},
     };
     for (const Row& r : rows)
@@ -265,11 +245,7 @@ TEST(RationalField, TextForms)
         EXPECT_EQ(r.status == OK ? r.denominator : 0u, value.GetDenominator());
         EXPECT_EQ(r.status != OK ? "77" : r.printed.empty() ? r.text : r.printed, value.ToString());
     }
-    struct TRow
-    {
-        std::string text;
-        StatusCode status;
-    };
+    struct TRow { std::string text; StatusCode status; };
     for (const TRow& r : {TRow{"1.25<+-+>", OK}, TRow{"[CabinetValue]< = >", OK}, TRow{"[NotInitialized]", OK},
                           TRow{"1.25<=++>", FORMAT}, TRow{"1.25", FORMAT}, TRow{"1.25<+-+", FORMAT},
                           TRow{"<+-+>", FORMAT}, TRow{"1.25<+?+>", FORMAT}, TRow{"1.25 <+-+>", FORMAT}})
@@ -306,7 +282,7 @@ TEST(RationalField, ToStringAtAnotherDenominator)
         }
 }
 
-TEST(RationalField, SetAndTheValueAsIntegers)
+TEST(RationalField, SetAndNumeratorAndDivisor)
 {
     R value(3, R::DENOMINATOR_DECIMAL_1);
     EXPECT_EQ(PARAM, value.Set(kMin, R::DENOMINATOR_WHOLE));
@@ -316,47 +292,23 @@ TEST(RationalField, SetAndTheValueAsIntegers)
     EXPECT_THROW(R(1, R::DENOMINATOR_UNDEFINED), StatusCodeException);
     EXPECT_THROW(T(1, R::DENOMINATOR_WHOLE, T::TICK_INVALID, T::TREND_UP, T::TREND_UP), StatusCodeException);
     T t;
-    EXPECT_EQ(PARAM, t.SetFirstTrend(static_cast<T::Trend>(4)));
     EXPECT_EQ(PARAM, t.SetSecondTrend(static_cast<T::Trend>(4)));
     EXPECT_EQ(PARAM, t.SetTick(static_cast<T::Tick>(4)));
-    EXPECT_EQ(T::TICK_NONE, t.GetTick());
-    struct Row
-    {
-        std::int64_t numerator;
-        D denominator;
-        StatusCode wholeStatus;
-        bool negative;
-        std::uint64_t whole;
-        StatusCode divisorStatus;
-        std::int64_t scaled = 0;
-        std::uint64_t divisor = 0;
-    };
-    const Row rows[] = {
-        {-15, R::DENOMINATOR_DECIMAL_1, OK, true, 1, OK, -15, 10},
-        {-3, R::DENOMINATOR_BINARY_1, OK, true, 1, OK, -3, 2},
-        {12, R::DENOMINATOR_MULTIPLIER_9, OK, false, 12000000000, OK, 12000000000, 1},
-        {kMax / 5, R::DENOMINATOR_MULTIPLIER_1, OK, false, 18446744073709551610u, RANGE},
-        {kMax, R::DENOMINATOR_MULTIPLIER_9, RANGE, false, 0, RANGE},
-        {0, R::DENOMINATOR_UNDEFINED, RANGE, false, 0, RANGE},
-        {0, R::DENOMINATOR_CABINET, OK, false, 0, OK, 0, 1},
-    };
-    for (const Row& r : rows)
+    struct Row { std::int64_t numerator; D denominator; StatusCode status; std::int64_t scaled = 99; std::uint64_t divisor = 99; };
+    for (const Row& r : {Row{-15, R::DENOMINATOR_DECIMAL_1, OK, -15, 10}, Row{-3, R::DENOMINATOR_BINARY_1, OK, -3, 2},
+                         Row{12, R::DENOMINATOR_MULTIPLIER_9, OK, 12000000000, 1}, Row{kMax / 5, R::DENOMINATOR_MULTIPLIER_1, RANGE},
+                         Row{0, R::DENOMINATOR_UNDEFINED, RANGE}, Row{0, R::DENOMINATOR_CABINET, OK, 0, 1}})
     {
         SCOPED_TRACE(Name(r.numerator, r.denominator));
-        const R v(r.numerator, r.denominator);
-        bool negative = !r.negative;
-        std::uint64_t whole = 99, divisor = 99;
+        std::uint64_t divisor = 99;
         std::int64_t scaled = 99;
-        EXPECT_EQ(r.wholeStatus, v.GetWholeNumber(negative, whole));
-        EXPECT_EQ(r.wholeStatus == OK ? r.whole : 99u, whole);
-        EXPECT_EQ(r.wholeStatus == OK ? r.negative : !r.negative, negative);
-        EXPECT_EQ(r.divisorStatus, v.GetNumeratorAndDivisor(scaled, divisor));
-        EXPECT_EQ(r.divisorStatus == OK ? r.scaled : 99, scaled);
-        EXPECT_EQ(r.divisorStatus == OK ? r.divisor : 99u, divisor);
+        EXPECT_EQ(r.status, R(r.numerator, r.denominator).GetNumeratorAndDivisor(scaled, divisor));
+        EXPECT_EQ(r.scaled, scaled);
+        EXPECT_EQ(r.divisor, divisor);
     }
-    bool negative;
-    std::uint64_t whole;
-    EXPECT_EQ(STATUS_CODE_NOT_INITIALIZED, R().GetWholeNumber(negative, whole));
+    std::int64_t numerator = 0;
+    std::uint64_t divisor = 0;
+    EXPECT_EQ(STATUS_CODE_NOT_INITIALIZED, R().GetNumeratorAndDivisor(numerator, divisor));
 }
 
 TEST(RationalField, DenominatorLookUps)
@@ -368,13 +320,8 @@ TEST(RationalField, DenominatorLookUps)
     const LookUp multiplierPower = [](std::uint64_t n, D& d) {
         return R::GetDenominatorByMultiplierPower(static_cast<unsigned>(n), d);
     };
-    struct Row
-    {
-        const char* name;
-        LookUp lookUp;
-        std::uint64_t argument;
-        std::uint32_t code; // 99: STATUS_CODE_NOT_FOUND
-    };
+    // code 99: STATUS_CODE_NOT_FOUND
+    struct Row { const char* name; LookUp lookUp; std::uint64_t argument; std::uint32_t code; };
     const Row rows[] = {
         {"places", places, 0, 0},          {"places", places, 9, 9},          {"places", places, 10, 99},
         {"power", power, 3, 3},            {"power", power, 10, 99},          {"binary", binary, 0, 99},
@@ -400,10 +347,8 @@ TEST(RationalField, DenominatorLookUps)
 
 TEST(RationalField, CommonDenominatorsScalingAndCompression)
 {
-    struct Common
-    {
-        std::uint32_t a, b, common; // 99: STATUS_CODE_INVALID_PARAMETER
-    };
+    // common 99: STATUS_CODE_INVALID_PARAMETER
+    struct Common { std::uint32_t a, b, common; };
     for (const Common& r : {Common{2, 5, 5}, Common{12, 10, 10}, Common{11, 0, 0}, Common{3, 13, 3}, Common{21, 23, 23},
                             Common{21, 0, 21}, Common{22, 2, 4}, Common{20, 3, 3}, Common{20, 11, 20}, Common{28, 2, 99},
                             Common{2, 29, 99}, Common{30, 0, 99}})
@@ -413,13 +358,7 @@ TEST(RationalField, CommonDenominatorsScalingAndCompression)
         EXPECT_EQ(r.common == 99 ? PARAM : OK, R::GetLowestCommonDenominator(static_cast<D>(r.a), static_cast<D>(r.b), common));
         EXPECT_EQ(r.common == 99 ? 77u : r.common, common);
     }
-    struct Scale
-    {
-        std::int64_t numerator;
-        std::uint32_t from, to;
-        StatusCode status;
-        std::int64_t scaled = 0;
-    };
+    struct Scale { std::int64_t numerator; std::uint32_t from, to; StatusCode status; std::int64_t scaled = 0; };
     for (const Scale& r : {Scale{125, 2, 4, OK, 12500}, Scale{12500, 4, 2, OK, 125}, Scale{125, 2, 1, RANGE},
                            Scale{3, 11, 0, OK, 300}, Scale{300, 0, 11, OK, 3}, Scale{1, 19, 1, OK, 5},
                            Scale{-1, 21, 3, OK, -125}, Scale{1, 22, 3, RANGE}, Scale{kMax, 0, 1, RANGE},
@@ -431,13 +370,7 @@ TEST(RationalField, CommonDenominatorsScalingAndCompression)
         EXPECT_EQ(r.status, R::ScaleNumerator(r.numerator, static_cast<D>(r.from), static_cast<D>(r.to), scaled));
         EXPECT_EQ(r.status == OK ? r.scaled : 77, scaled);
     }
-    struct Compress
-    {
-        std::int64_t numerator;
-        std::uint32_t code;
-        std::int64_t toNumerator;
-        std::uint32_t toCode;
-    };
+    struct Compress { std::int64_t numerator; std::uint32_t code; std::int64_t toNumerator; std::uint32_t toCode; };
     for (const Compress& r : {Compress{1500, 3, 15, 1}, Compress{0, 5, 0, 0}, Compress{8, 21, 1, 0}, Compress{12, 21, 3, 19},
                               Compress{100, 0, 100, 0}, Compress{100, 11, 100, 11}, Compress{-120, 1, -12, 0},
                               Compress{0, 28, 0, 28}, Compress{5, 1, 5, 1}})
@@ -500,14 +433,7 @@ TEST(RationalField, ArithmeticAtACommonDenominator)
 
 TEST(RationalField, ComparesExactlyByValue)
 {
-    struct Row
-    {
-        std::int64_t a;
-        std::uint32_t da;
-        std::int64_t b;
-        std::uint32_t db;
-        int order;
-    };
+    struct Row { std::int64_t a; std::uint32_t da; std::int64_t b; std::uint32_t db; int order; };
     for (const Row& r : {Row{1, 19, 5, 1, 0}, Row{1, 27, 2, 3, -1}, Row{kMax, 18, kMax, 9, 1}, Row{-1, 0, 0, 29, 1},
                          Row{0, 28, 0, 29, 1}, Row{0, 28, 0, 28, 0}, Row{0, 29, 0, 29, 0}, Row{-kMax, 18, -kMax, 17, -1},
                          Row{-1, 1, 1, 9, -1}, Row{0, 3, 0, 11, 0}, Row{3, 10, 30, 0, 0}, Row{kMax, 9, kMax - 1, 9, 1},
@@ -546,14 +472,7 @@ TEST(RationalField, ConversionMatrix)
     const unsigned char U = FIELD_TYPE_UINT, S = FIELD_TYPE_SINT, RA = FIELD_TYPE_RATIONAL, TR = FIELD_TYPE_TRATIONAL,
                         B = FIELD_TYPE_BOOLEAN;
     const std::string ni = "[NotInitialized]";
-    struct Row
-    {
-        const char* source;
-        Source make;
-        unsigned char target;
-        StatusCode status;
-        std::string printed;
-    };
+    struct Row { const char* source; Source make; unsigned char target; StatusCode status; std::string printed; };
     const T tr(125, R::DENOMINATOR_DECIMAL_2, T::TICK_DOWN, T::TREND_UP, T::TREND_NONE);
     const Row rows[] = {
         {"UInt 5", make(UInt(5)), U, OK, "5"},            {"UInt 5", make(UInt(5)), S, OK, "5"},
