@@ -132,7 +132,7 @@ TEST(NumericField, WireVectorsOfEveryWidthAndFamilyInBothByteOrders)
         {U, "258", RECORD, 5, BE, {0, 0, 0, 1, 2}}, {U, "16909060", RECORD, 6, LE, {4, 3, 2, 1, 0, 0}},
         {U, "5", RECORD, 7, BE, {0, 0, 0, 0, 0, 0, 5}}, {U, "300", BODY, 2, BE, {0x2C, 0x01}}, // a buffer is little-endian
         {S, "-128", UPDATE, 8, LE, {1, 0x80}}, {S, "-129", UPDATE, 8, LE, {2, 0x7F, 0xFF}}, {S, "-129", UPDATE, 8, BE, {2, 0xFF, 0x7F}},
-        {S, "32767", UPDATE, 8, LE, {2, 0xFF, 0x7F}}, {S, "-32769", UPDATE, 8, LE, {4, 0xFF, 0x7F, 0xFF, 0xFF}},
+        {S, "32767", UPDATE, 8, LE, {2, 0xFF, 0x7F}}, {S, "-32768", UPDATE, 8, LE, {2, 0x00, 0x80}}, {S, "-32769", UPDATE, 8, LE, {4, 0xFF, 0x7F, 0xFF, 0xFF}},
         {S, "2147483647", UPDATE, 8, LE, {4, 0xFF, 0xFF, 0xFF, 0x7F}}, {S, "-2147483648", UPDATE, 8, BE, {4, 0x80, 0, 0, 0}},
         {S, "2147483648", UPDATE, 8, LE, {8, 0, 0, 0, 0x80, 0, 0, 0, 0}},
         {S, "-9223372036854775808", UPDATE, 8, BE, {8, 0x80, 0, 0, 0, 0, 0, 0, 0}},
@@ -277,7 +277,7 @@ TEST(NumericField, WritingFailuresWriteNothing)
 {
     // written: what SerializeBody reports
     struct Row { unsigned char type; const char* value; Form form; unsigned length; StatusCode status; unsigned written = 0; };
-    for (const Row& r : {Row{U, "", BODY, 8, NI, 8}, Row{S, "", RECORD, 8, NI}, Row{B, "", UPDATE, 1, NI}, Row{RA, "", UPDATE, 9, NI},
+    for (const Row& r : {Row{U, "", BODY, 8, NI, 8}, Row{S, "", RECORD, 8, NI}, Row{S, "", UPDATE, 8, NI}, Row{B, "", UPDATE, 1, NI}, Row{RA, "", UPDATE, 9, NI},
                          Row{TR, "", BODY, 10, NI}, Row{U, "300", RECORD, 1, PARAM}, Row{S, "-129", RECORD, 9, PARAM},
                          Row{S, "-129", UPDATE, 1, PARAM}, Row{U, "300", BODY, 1, PARAM, 1}, Row{S, "1", BODY, 9, PARAM, 9},
                          Row{B, "true", RECORD, 0, PARAM}, Row{B, "true", UPDATE, 0, PARAM}, Row{B, "true", BODY, 0, PARAM, 1},
@@ -324,6 +324,13 @@ TEST(NumericField, TextForms)
         EXPECT_EQ(r.status == OK ? r.text.size() : 0u, text.GetCursor());
         EXPECT_EQ(r.printed != nullptr ? r.printed : r.status == OK ? r.text : Preset(r.type), field->ToString());
     }
+    // The text ends where the validator ends, not at a terminating zero.
+    MessageValidator signedPrefix("-12345", 3), unsignedPrefix("123", 2);
+    const std::unique_ptr<IFieldType> minusTwelve = Value(S, ""), twelve = Value(U, "");
+    EXPECT_EQ(OK, minusTwelve->FromString(signedPrefix));
+    EXPECT_EQ(OK, twelve->FromString(unsignedPrefix));
+    EXPECT_EQ("-12", minusTwelve->ToString());
+    EXPECT_EQ("12", twelve->ToString());
     EXPECT_STREQ("true|false", Boolean().GetFromStringFormat());
     EXPECT_STREQ("?", T::TickToString(T::TICK_INVALID));
     EXPECT_STREQ("?", T::TickToString(static_cast<T::Tick>(4)));
@@ -356,7 +363,7 @@ TEST(NumericField, ArithmeticAtItsLimits)
         {U, umax, '+', "0", OK, umax}, {U, umax, '+', "1", RANGE}, {U, "18446744073709551614", '+', "1", OK, umax},
         {U, "5", '-', "5", OK, "0"}, {U, "5", '-', "6", RANGE}, {U, "4294967296", '*', "2147483648", OK, "9223372036854775808"},
         {U, "4294967296", '*', "4294967296", RANGE}, {U, "0", '*', umax, OK, "0"}, {U, "7", '*', "0", OK, "0"},
-        {U, umax, '*', "1", OK, umax}, {U, "7", '/', "2", OK, "3"}, {U, "7", '/', "0", RANGE}, {U, "", '+', "1", NI},
+        {U, umax, '*', "1", OK, umax}, {U, "7", '/', "2", OK, "3"}, {U, "7", '/', "0", RANGE}, {U, "", '+', "1", NI}, {U, "1", '+', "", NI},
         {S, smax, '+', "1", RANGE}, {S, smin, '+', "-1", RANGE}, {S, smax, '+', smin, OK, "-1"}, {S, smin, '-', "1", RANGE},
         {S, "-1", '-', smax, OK, smin}, {S, "0", '-', smin, RANGE}, {S, smin, '*', "-1", RANGE},
         {S, "4611686018427387904", '*', "-2", OK, smin}, {S, "4611686018427387904", '*', "2", RANGE}, {S, smin, '/', "-1", RANGE},
