@@ -173,10 +173,15 @@ StatusCode SInt::FromString(MessageValidator& text)
         ++end;
     if (end == sign)
         return STATUS_CODE_INVALID_FORMAT;
-    std::int64_t value = 0;
-    status = reader.ValidateSignedAsciiIntegral(end, kMin, kMax, &value);
+    // The magnitude is read unsigned so that -2^63, which ToString prints,
+    // reads back too.
+    const bool negative = sign != 0 && p[0] == '-';
+    reader.ValidateBytes(sign);
+    std::uint64_t magnitude = 0;
+    status = reader.ValidateUnsignedAsciiIntegral(end - sign, 0, Bits(kMax) + (negative ? 1u : 0u), &magnitude);
     if (status != STATUS_CODE_SUCCESS)
         return status;
+    const std::int64_t value = negative ? static_cast<std::int64_t>(0 - magnitude) : static_cast<std::int64_t>(magnitude);
     if (!reader.IsAtEnd())
         return STATUS_CODE_INVALID_LENGTH;
     text = reader;

@@ -16,8 +16,8 @@
 // Text: "%" PRId64 ("[NotInitialized]" when not initialized). FromString
 // reads an optional sign and decimal digits that must end the text: no digit
 // gives STATUS_CODE_INVALID_FORMAT, text after the digits
-// STATUS_CODE_INVALID_LENGTH, a magnitude above 2^63-1
-// STATUS_CODE_OUT_OF_RANGE (so -2^63 cannot be read from text).
+// STATUS_CODE_INVALID_LENGTH, a value outside -2^63..2^63-1
+// STATUS_CODE_OUT_OF_RANGE.
 //
 // Conversion (Convert) from UInt, SInt, Rational and TRational: a source
 // that is not initialized resets this value and succeeds; a UInt of 2^63 or
