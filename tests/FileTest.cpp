@@ -161,9 +161,7 @@ void ExpectPathNotFound(const std::string& path, int line)
 // Relative paths are appended to the current directory.
 TEST(FileMakeAbsolutePath, LexicalOnLinux)
 {
-    char buffer[4096];
-    ASSERT_NE(::getcwd(buffer, sizeof buffer), nullptr);
-    const std::string cwd = buffer;
+    const std::string cwd = std::filesystem::current_path().string();
     // The parent of the current directory, lexically.
     const std::string parent = cwd == "/" ? "/" : cwd.substr(0, std::max<std::size_t>(1, cwd.rfind('/')));
     const struct { int line; std::string path; std::string expected; } rows[] = {
@@ -195,9 +193,7 @@ TEST(FileMakeAbsolutePath, FailuresThrowPathNotFound)
 
 TEST(FileMakeAbsolutePath, RemovedCurrentDirectoryThrows)
 {
-    char buffer[4096];
-    ASSERT_NE(::getcwd(buffer, sizeof buffer), nullptr);
-    const std::string saved = buffer;
+    const std::string saved = std::filesystem::current_path().string();
     const std::filesystem::path gone =
         std::filesystem::temp_directory_path() / ("zantor-gone-" + std::to_string(::getpid()));
     std::filesystem::create_directories(gone);
@@ -213,9 +209,7 @@ TEST(FileMakeAbsolutePath, RemovedCurrentDirectoryThrows)
 // collapsed lexically, brings the result back under the limit.
 TEST(FileMakeAbsolutePath, CurrentDirectoryLongerThanPathMax)
 {
-    char buffer[4096];
-    ASSERT_NE(::getcwd(buffer, sizeof buffer), nullptr);
-    const std::string saved = buffer;
+    const std::string saved = std::filesystem::current_path().string();
     ScratchDirectory scratch;
     ASSERT_EQ(::chdir(scratch.path.c_str()), 0);
     const std::string component(200, 'd');

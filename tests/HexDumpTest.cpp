@@ -89,22 +89,6 @@ TEST(BufferToHexDumpStringTest, LinesAreCutAt255Characters)
     EXPECT_EQ(std::pair(FORMAT, Sequence(107, 0x20)), Read(Dump(bytes, 108)));
 }
 
-// Sizes around the line boundaries of each width, with and without a line
-// limit, with "\r\n" and with "\n" line ends.
-TEST(HexDumpStringToBufferTest, RoundTripsAroundLineBoundaries)
-{
-    for (unsigned width : {4u, 8u, 16u, 72u, 76u, 104u})
-        for (unsigned size : {0u, 1u, width - 1, width, width + 1, 2 * width + 1, 1000u})
-            for (unsigned maxLines : {0u, 1u, 2u})
-            {
-                std::string dump = Dump(Sequence(size, 0x80), width, maxLines), lineFeeds = dump;
-                lineFeeds.erase(std::remove(lineFeeds.begin(), lineFeeds.end(), '\r'), lineFeeds.end());
-                const auto expected = std::pair(OK, Sequence(maxLines == 0 ? size : std::min(size, maxLines * width), 0x80));
-                EXPECT_EQ(expected, Read(dump)) << size << " bytes, " << width << " per line, max lines " << maxLines;
-                EXPECT_EQ(expected, Read(lineFeeds)) << size << " bytes, " << width << " per line, max lines " << maxLines << ", LF";
-            }
-}
-
 // The second line of a dump (16 or 5 bytes) cut short, or with one bad
 // character, in each column. Its layout: "0x00000010:    " at 0-14, pair k
 // at 15 + 2k + k/4 after a blank before each group of four, two blanks that

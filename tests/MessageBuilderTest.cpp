@@ -15,7 +15,7 @@
 
 #if defined(__linux__)
 #  include <sys/mman.h>
-#  include <sys/resource.h>
+#  include "support/AddressSpaceLimit.h"
 #  if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #    define ZANTOR_TEST_SANITIZED 1
 #  elif defined(__has_feature)
@@ -270,14 +270,10 @@ TEST(MessageBuilderFailures, HeapEmptyUnderAnAddressSpaceLimit)
         const std::string text(40 << 20, 't');
         unsigned char storage[16];
         MessageBuilder fromInitial(storage, sizeof storage), onHeap;
-        unsigned long pages = 0;
-        FILE* statm = std::fopen("/proc/self/statm", "r");
-        if (fromInitial.AppendBuffer("abc", 3) != OK || onHeap.AdjustBufferSize(32 << 20) != OK || onHeap.AppendBuffer("xyz", 3) != OK
-            || statm == nullptr || std::fscanf(statm, "%lu", &pages) != 1 || std::fclose(statm) != 0)
+        if (fromInitial.AppendBuffer("abc", 3) != OK || onHeap.AdjustBufferSize(32 << 20) != OK || onHeap.AppendBuffer("xyz", 3) != OK)
             return 1;
-        const rlimit limit{pages * 4096 + (8 << 20), pages * 4096 + (8 << 20)};
         const auto before = std::tuple(Snapshot(fromInitial), Snapshot(onHeap));
-        return setrlimit(RLIMIT_AS, &limit) != 0                                 ? 2
+        return !CapAddressSpace(8 << 20)                                          ? 2
              : fromInitial.AppendBuffer(text.data(), 20 << 20) != HEAP_EMPTY     ? 3 // a first heap block
              : onHeap.InsertBuffer(1, text.data(), 33 << 20) != HEAP_EMPTY        ? 4 // a larger one
              : onHeap.AppendPrintf("%s", text.c_str()) != HEAP_EMPTY             ? 5 // 48 MiB for formatted text

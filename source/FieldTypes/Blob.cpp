@@ -74,6 +74,8 @@ StatusCode Blob::Compare(const void* body, unsigned int bodyLength, int& result)
 
 StatusCode Blob::ConvertFrom(const IFieldType* other)
 {
+    if (other == nullptr)
+        return STATUS_CODE_INVALID_PARAMETER;
     const unsigned char* data = nullptr;
     unsigned int length = 0;
     std::uint32_t header = 0;

@@ -94,7 +94,9 @@ bool IFieldType::IsValidSerializedBodyLength(unsigned char type, unsigned int le
 
 StatusCode IFieldType::Assign(const IFieldType* other)
 {
-    if (other == nullptr || other->type_ != type_)
+    if (other == nullptr)
+        return STATUS_CODE_INVALID_PARAMETER;
+    if (other->type_ != type_)
         return STATUS_CODE_MISMATCH;
     return Convert(other);
 }

@@ -72,6 +72,8 @@ StatusCode TextArray::Compare(const void* body, unsigned int bodyLength, int& re
 
 StatusCode TextArray::Convert(const IFieldType* other)
 {
+    if (other == nullptr)
+        return STATUS_CODE_INVALID_PARAMETER;
     const unsigned char* data = nullptr;
     unsigned int length = 0;
     if (!Detail::StringOrArrayBytes(other, data, length))

@@ -97,6 +97,8 @@ StatusCode TextString::Compare(const void* body, unsigned int bodyLength, int& r
 
 StatusCode TextString::Convert(const IFieldType* other)
 {
+    if (other == nullptr)
+        return STATUS_CODE_INVALID_PARAMETER;
     const unsigned char* data = nullptr;
     unsigned int length = 0;
     if (!Detail::StringOrArrayBytes(other, data, length))

@@ -11,12 +11,7 @@
 
 namespace {
 
-struct SampleSpec
-{
-    int format;
-    std::uint32_t rate;
-    std::uint8_t channels;
-};
+struct SampleSpec { int format; std::uint32_t rate; std::uint8_t channels; };
 
 std::mutex g_mutex;
 std::condition_variable g_freed;

@@ -92,8 +92,10 @@ public:
     // negative, 0 or positive. A body that does not read gives that status.
     virtual StatusCode Compare(const void* body, unsigned int bodyLength, int& result) const = 0;
     // Takes the value of another field, converting where the type allows
-    // (STATUS_CODE_MISMATCH otherwise); a source that is not initialized
-    // makes this value not initialized and succeeds.
+    // (STATUS_CODE_MISMATCH otherwise, whether or not the source holds a
+    // value); an accepted source that is not initialized makes this value
+    // not initialized and succeeds. A null source:
+    // STATUS_CODE_INVALID_PARAMETER.
     virtual StatusCode Convert(const IFieldType* other) = 0;
     // The text form; "[NotInitialized]" when not initialized.
     virtual std::string ToString() const = 0;
@@ -126,7 +128,8 @@ public:
     unsigned char GetType() const noexcept { return type_; }
 
     // Copies value and flag from a field of the same type; another type
-    // gives STATUS_CODE_MISMATCH and changes nothing.
+    // gives STATUS_CODE_MISMATCH, a null one STATUS_CODE_INVALID_PARAMETER,
+    // and nothing changes.
     StatusCode Assign(const IFieldType* other);
 
     // The value written as the type a field definition demands: with this
