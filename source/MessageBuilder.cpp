@@ -41,6 +41,36 @@ inline void MoveBytes(unsigned char* destination, const unsigned char* source, u
         std::reverse(destination, destination + size);
 }
 
+// Copies 1 to 16 bytes with fixed-size loads and stores (a field body is
+// mostly this short), all loads before any store, so that the ranges may
+// overlap. Cheaper than a call to memmove.
+inline void MoveShort(unsigned char* destination, const unsigned char* source, unsigned size) noexcept
+{
+    if (size >= 8)
+    {
+        std::uint64_t head, tail;
+        std::memcpy(&head, source, 8);
+        std::memcpy(&tail, source + size - 8, 8);
+        std::memcpy(destination, &head, 8);
+        std::memcpy(destination + size - 8, &tail, 8);
+    }
+    else if (size >= 4)
+    {
+        std::uint32_t head, tail;
+        std::memcpy(&head, source, 4);
+        std::memcpy(&tail, source + size - 4, 4);
+        std::memcpy(destination, &head, 4);
+        std::memcpy(destination + size - 4, &tail, 4);
+    }
+    else
+    {
+        const unsigned char first = source[0], middle = source[size / 2], last = source[size - 1];
+        destination[0] = first;
+        destination[size / 2] = middle;
+        destination[size - 1] = last;
+    }
+}
+
 // Whether [source, source + size) and [block, block + blockSize) share a
 // byte. An empty block only occurs before the first growth, which replaces
 // it, so what this says of one never reaches a copy.
@@ -155,7 +185,10 @@ StatusCode MessageBuilder::AppendBuffer(const void* data, unsigned size, bool re
     const std::uint32_t length = length_;
     if (data != nullptr && size <= capacity_ - length) [[likely]]
     {
-        MoveBytes(buffer_ + length, static_cast<const unsigned char*>(data), size, reverse);
+        if (size - 1u < 16u && !reverse)
+            MoveShort(buffer_ + length, static_cast<const unsigned char*>(data), size);
+        else
+            MoveBytes(buffer_ + length, static_cast<const unsigned char*>(data), size, reverse);
         length_ = length + size;
         return STATUS_CODE_SUCCESS;
     }

@@ -9,6 +9,8 @@
 #include <ZantorMiddleware/ZantorBase/StatusCode.h>
 
 #include <cstdint>
+#include <cstring>
+#include <type_traits>
 
 namespace Zantor::IntegerCoding {
 
@@ -28,18 +30,22 @@ inline unsigned SignedWidth(std::int64_t value) noexcept
     return value >= -0x80000000LL && value < 0x80000000LL ? 4 : 8;
 }
 
-// N bytes at p, zero-extended; the loops compile to single loads.
+// N (2, 4 or 8) bytes at p, zero-extended: one load, byte-swapped for the
+// big-endian order (the machines served are little-endian).
 template <unsigned N>
 inline std::uint64_t Load(const unsigned char* p, bool bigEndian) noexcept
 {
-    std::uint64_t value = 0;
-    if (bigEndian)
-        for (unsigned i = 0; i < N; ++i)
-            value = (value << 8) | p[i];
+    using Word = std::conditional_t<N == 2, std::uint16_t, std::conditional_t<N == 4, std::uint32_t, std::uint64_t>>;
+    Word value;
+    std::memcpy(&value, p, N);
+    if (!bigEndian)
+        return value;
+    if constexpr (N == 2)
+        return __builtin_bswap16(value);
+    else if constexpr (N == 4)
+        return __builtin_bswap32(value);
     else
-        for (unsigned i = 0; i < N; ++i)
-            value |= std::uint64_t{p[i]} << (8 * i);
-    return value;
+        return __builtin_bswap64(value);
 }
 
 // The length (1, 2, 4 or 8) bytes at p, zero-extended.
