@@ -77,7 +77,9 @@ ZANTOR_BASE_API unsigned int FieldTypeToUpdateLengthSize(unsigned char type) noe
 class ZANTOR_BASE_API IFieldType
 {
 public:
-    // The text of a value that holds nothing.
+    // The text of a value that holds nothing. Use its value: a program
+    // linked against the Windows DLL cannot take the member's address (bind
+    // it to a reference), since MinGW does not export constexpr members.
     static constexpr const char* NOT_INITIALIZED_TEXT = "[NotInitialized]";
 
     // Frees any heap storage the value owns.
