@@ -1,6 +1,7 @@
 // TextArray: texts of a fixed record length, with a one-byte length in updates.
 #include <ZantorMiddleware/ZantorBase/FieldTypes/TextArray.h>
 
+#include <ZantorMiddleware/ZantorBase/Exception.h>
 #include <ZantorMiddleware/ZantorBase/FieldTypes/TextString.h>
 
 #include "FieldTypes/ByteFieldWire.h"
@@ -10,8 +11,11 @@
 namespace Zantor {
 
 TextArray::TextArray(std::string_view text)
-    : TextBytesField(FIELD_TYPE_TEXTARRAY, text)
+    : TextArray()
 {
+    const StatusCode status = Set(text);
+    if (status != STATUS_CODE_SUCCESS)
+        ZANTOR_THROW(StatusCodeException, status);
 }
 
 StatusCode TextArray::Serialize(MessageBuilder& builder, unsigned int maxLength) const

@@ -1,8 +1,6 @@
 // TextBytesField: value handling shared by the string and array types.
 #include <ZantorMiddleware/ZantorBase/Detail/TextBytesField.h>
 
-#include <ZantorMiddleware/ZantorBase/Exception.h>
-
 #include "FieldTypes/ByteFieldWire.h"
 
 #include <cstring>
@@ -28,14 +26,6 @@ bool StringOrArrayBytes(const IFieldType* field, const unsigned char*& data, uns
     data = static_cast<const TextBytesField*>(field)->GetData();
     length = static_cast<const TextBytesField*>(field)->GetLength();
     return true;
-}
-
-TextBytesField::TextBytesField(unsigned char type, std::string_view text)
-    : TextBytesField(type)
-{
-    const StatusCode status = Set(text);
-    if (status != STATUS_CODE_SUCCESS)
-        ZANTOR_THROW(StatusCodeException, status);
 }
 
 StatusCode TextBytesField::Set(const void* data, unsigned int length) noexcept

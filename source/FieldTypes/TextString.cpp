@@ -10,8 +10,11 @@
 namespace Zantor {
 
 TextString::TextString(std::string_view text)
-    : TextBytesField(FIELD_TYPE_TEXTSTRING, text)
+    : TextString()
 {
+    const StatusCode status = Set(text);
+    if (status != STATUS_CODE_SUCCESS)
+        ZANTOR_THROW(StatusCodeException, status);
 }
 
 StatusCode TextString::Serialize(MessageBuilder& builder, unsigned int maxLength) const

@@ -58,9 +58,6 @@ protected:
         : IFieldType(type)
     {
     }
-    // Holds text; throws StatusCodeException(STATUS_CODE_HEAP_EMPTY) when
-    // memory runs out, STATUS_CODE_INVALID_PARAMETER at 4 GiB or more.
-    TextBytesField(unsigned char type, std::string_view text);
     TextBytesField(const TextBytesField&) = default;
     TextBytesField& operator=(const TextBytesField&) = default;
     ~TextBytesField() override = default;
