@@ -99,19 +99,10 @@ StatusCode CrcBlob::Convert(const IFieldType* other)
 
 StatusCode CrcBlob::FromString(MessageValidator& text)
 {
-    StatusCode status;
-    if (FromNotInitializedText(text, status))
-        return status;
-    Detail::FieldBytes bytes;
-    std::uint32_t header = 0;
-    status = Detail::ParseBlobText(text, bytes, header);
-    if (status != STATUS_CODE_SUCCESS)
-        return status;
-    crc_ = CalculateCrc(bytes.Data(), bytes.Length(), 0);
-    bytes_ = static_cast<Detail::FieldBytes&&>(bytes);
-    header_ = header;
-    SetInitialized(true);
-    return STATUS_CODE_SUCCESS;
+    const StatusCode status = Blob::FromString(text);
+    if (status == STATUS_CODE_SUCCESS && IsInitialized())
+        crc_ = CalculateCrc(bytes_.Data(), bytes_.Length(), 0);
+    return status;
 }
 
 StatusCode CrcBlob::Serialize(MessageBuilder& builder, unsigned int maxLength) const

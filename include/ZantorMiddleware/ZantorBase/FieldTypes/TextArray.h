@@ -35,27 +35,25 @@
 // STATUS_CODE_INVALID_PARAMETER).
 #pragma once
 
-#include <ZantorMiddleware/ZantorBase/Detail/FieldBytes.h>
+#include <ZantorMiddleware/ZantorBase/Detail/TextBytesField.h>
 #include <ZantorMiddleware/ZantorBase/Export.h>
-#include <ZantorMiddleware/ZantorBase/FieldTypes/IFieldType.h>
 
 #include <string>
 #include <string_view>
 
 namespace Zantor {
 
-class ZANTOR_BASE_API TextArray : public IFieldType
+class ZANTOR_BASE_API TextArray : public Detail::TextBytesField
 {
 public:
     using IFieldType::Deserialize;
-    using IFieldType::DeserializeBody;
     using IFieldType::DeserializeLengthAndBody;
     using IFieldType::Serialize;
     using IFieldType::SerializeBody;
     using IFieldType::SerializeLengthAndBody;
 
     TextArray() noexcept
-        : IFieldType(FIELD_TYPE_TEXTARRAY)
+        : TextBytesField(FIELD_TYPE_TEXTARRAY)
     {
     }
     // Holds text; throws StatusCodeException(STATUS_CODE_HEAP_EMPTY) when
@@ -65,34 +63,17 @@ public:
     TextArray& operator=(const TextArray&) = default;
     ~TextArray() override = default;
 
-    // As TextString's.
-    StatusCode Set(const void* data, unsigned int length) noexcept;
-    StatusCode Set(std::string_view text) noexcept;
-    const unsigned char* GetData() const noexcept { return bytes_.Data(); }
-    unsigned int GetLength() const noexcept { return bytes_.Length(); }
-    bool UsesInlineBuffer() const noexcept { return bytes_.UsesInlineBuffer(); }
-    bool OwnsHeapBuffer() const noexcept { return bytes_.OwnsHeapBuffer(); }
-
-    void Reset() noexcept override;
-    void Release() noexcept override;
-    StatusCode Compare(const void* body, unsigned int bodyLength, int& result) const override;
-    // From TextString, TextArray, BinaryString and BinaryArray (a copy of
-    // the bytes); STATUS_CODE_MISMATCH for any other type.
-    StatusCode Convert(const IFieldType* other) override;
-    std::string ToString() const override;
-    StatusCode FromString(MessageValidator& text) override;
-    const char* GetFromStringFormat() const noexcept override;
+    // Set, GetData, GetLength, UsesInlineBuffer, OwnsHeapBuffer, Reset,
+    // Release, Compare, Convert, the text forms, DeserializeBody and
+    // IsDifferent come from TextBytesField, as TextString's.
     StatusCode Serialize(MessageBuilder& builder, unsigned int maxLength) const override;
     StatusCode SerializeBody(void* buffer, unsigned int length, unsigned int& written) const override;
     StatusCode SerializeLengthAndBody(MessageBuilder& builder, unsigned int maxLength) const override;
     StatusCode Deserialize(MessageValidator& validator, unsigned int length) override;
-    StatusCode DeserializeBody(const void* body, unsigned int length) override;
     StatusCode DeserializeLengthAndBody(MessageValidator& validator, unsigned int maxLength) override;
     // The value's length (a record is as long as its field definition says);
     // 0 when not initialized.
     unsigned int GetSerializedLength() const noexcept override;
-    unsigned int GetSerializedBodyLength() const noexcept override;
-    StatusCode IsDifferent(const void* body, unsigned int bodyLength, bool& different) const override;
 
     // Raw bytes without a value object, for both array codes. Serialize
     // writes the record form with maxLength as the record length;
@@ -117,13 +98,9 @@ public:
 
 protected:
     explicit TextArray(unsigned char type) noexcept
-        : IFieldType(type)
+        : TextBytesField(type)
     {
     }
-    // Takes bytes (a decoded text form) as the value and marks it initialized.
-    void Adopt(Detail::FieldBytes&& bytes) noexcept;
-
-    Detail::FieldBytes bytes_;
 };
 
 } // namespace Zantor

@@ -33,20 +33,18 @@
 // check the body as DeserializeBody does.
 #pragma once
 
-#include <ZantorMiddleware/ZantorBase/Detail/FieldBytes.h>
+#include <ZantorMiddleware/ZantorBase/Detail/TextBytesField.h>
 #include <ZantorMiddleware/ZantorBase/Export.h>
-#include <ZantorMiddleware/ZantorBase/FieldTypes/IFieldType.h>
 
 #include <string>
 #include <string_view>
 
 namespace Zantor {
 
-class ZANTOR_BASE_API TextString : public IFieldType
+class ZANTOR_BASE_API TextString : public Detail::TextBytesField
 {
 public:
     using IFieldType::Deserialize;
-    using IFieldType::DeserializeBody;
     using IFieldType::DeserializeLengthAndBody;
     using IFieldType::Serialize;
     using IFieldType::SerializeBody;
@@ -54,7 +52,7 @@ public:
 
     // Not initialized, empty, inline.
     TextString() noexcept
-        : IFieldType(FIELD_TYPE_TEXTSTRING)
+        : TextBytesField(FIELD_TYPE_TEXTSTRING)
     {
     }
     // Holds text; throws StatusCodeException(STATUS_CODE_HEAP_EMPTY) when
@@ -64,39 +62,17 @@ public:
     TextString& operator=(const TextString&) = default;
     ~TextString() override = default;
 
-    // Copies length bytes (which may lie in this value) and marks the value
-    // initialized. STATUS_CODE_INVALID_PARAMETER for a null data with a
-    // non-zero length (or a text of 4 GiB or more); STATUS_CODE_HEAP_EMPTY.
-    // Nothing changes on failure.
-    StatusCode Set(const void* data, unsigned int length) noexcept;
-    StatusCode Set(std::string_view text) noexcept;
-    // The bytes; length 0 when not initialized.
-    const unsigned char* GetData() const noexcept { return bytes_.Data(); }
-    unsigned int GetLength() const noexcept { return bytes_.Length(); }
-    // Where the bytes live: the inline buffer, and whether a heap block is
-    // owned (it may be, while a short value sits inline).
-    bool UsesInlineBuffer() const noexcept { return bytes_.UsesInlineBuffer(); }
-    bool OwnsHeapBuffer() const noexcept { return bytes_.OwnsHeapBuffer(); }
-
-    void Reset() noexcept override;
-    void Release() noexcept override;
-    StatusCode Compare(const void* body, unsigned int bodyLength, int& result) const override;
-    // From TextString, TextArray, BinaryString and BinaryArray (a copy of
-    // the bytes); STATUS_CODE_MISMATCH for any other type.
-    StatusCode Convert(const IFieldType* other) override;
-    std::string ToString() const override;
-    StatusCode FromString(MessageValidator& text) override;
-    const char* GetFromStringFormat() const noexcept override;
+    // Set, GetData, GetLength, UsesInlineBuffer, OwnsHeapBuffer, Reset,
+    // Release, Compare, Convert (from TextString, TextArray, BinaryString
+    // and BinaryArray; STATUS_CODE_MISMATCH for any other type), the text
+    // forms, DeserializeBody and IsDifferent come from TextBytesField.
     StatusCode Serialize(MessageBuilder& builder, unsigned int maxLength) const override;
     StatusCode SerializeBody(void* buffer, unsigned int length, unsigned int& written) const override;
     StatusCode SerializeLengthAndBody(MessageBuilder& builder, unsigned int maxLength) const override;
     StatusCode Deserialize(MessageValidator& validator, unsigned int maxLength) override;
-    StatusCode DeserializeBody(const void* body, unsigned int length) override;
     StatusCode DeserializeLengthAndBody(MessageValidator& validator, unsigned int maxLength) override;
-    // 1 + length, and length; 0 when not initialized.
+    // 1 + length; 0 when not initialized.
     unsigned int GetSerializedLength() const noexcept override;
-    unsigned int GetSerializedBodyLength() const noexcept override;
-    StatusCode IsDifferent(const void* body, unsigned int bodyLength, bool& different) const override;
 
     // Raw bytes without a value object, for both string codes.
     // Serialize and SerializeLengthAndBody append the length byte and the
@@ -121,13 +97,9 @@ public:
 
 protected:
     explicit TextString(unsigned char type) noexcept
-        : IFieldType(type)
+        : TextBytesField(type)
     {
     }
-    // Takes bytes (a decoded text form) as the value and marks it initialized.
-    void Adopt(Detail::FieldBytes&& bytes) noexcept;
-
-    Detail::FieldBytes bytes_;
 };
 
 } // namespace Zantor
