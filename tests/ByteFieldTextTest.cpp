@@ -37,21 +37,13 @@ std::unique_ptr<IFieldType> Parse(unsigned char type, const std::string& text, S
 TEST(ByteFieldText, ToString)
 {
     BinaryString binary(std::string("\x0a\xff\x00", 3));
-    EXPECT_EQ("0x0aff00", binary.ToString());
-    EXPECT_EQ("0x0aff00", binary.ToString(true));
+    EXPECT_EQ("0x0aff00 0x0aff00", binary.ToString() + " " + binary.ToString(true));
     EXPECT_EQ(std::string("\x0a\xff\x00", 3), binary.ToString(false));
     EXPECT_EQ(std::string("a\0b", 3), TextString(std::string("a\0b", 3)).ToString());
-    EXPECT_EQ("0x01ab", BinaryArray("\x01\xab").ToString());
-    EXPECT_EQ("\x01\xab", BinaryArray("\x01\xab").ToString(false));
+    EXPECT_EQ("0x01ab \x01\xab", BinaryArray("\x01\xab").ToString() + " " + BinaryArray("\x01\xab").ToString(false));
     EXPECT_EQ("01000000 0x6162", Blob("ab", 1).ToString());
     EXPECT_EQ("78563412 0x", Blob("", 0x12345678).ToString()); // the header's bytes in memory order
     EXPECT_EQ("0a000000 0x00ff", CrcBlob(std::string("\0\xff", 2), 10).ToString());
-    for (const unsigned char type : {TS, TA, BS, BA, BL, CB})
-    {
-        const std::unique_ptr<IFieldType> value(FieldTypeFactory::GetInstance().Create(type));
-        EXPECT_EQ(NI, value->ToString()) << int(type);
-        EXPECT_NE(std::string(), value->GetFromStringFormat()) << int(type);
-    }
 }
 
 // What each type reads; on failure the value ("keep", header 1) and the cursor stay.
@@ -218,7 +210,11 @@ TEST(ByteFieldText, CompareAndIsDifferent)
         EXPECT_TRUE(row.status == FORMAT || (value->IsDifferent(row.body.data(), unsigned(row.body.size()), different) == row.status &&
                                              (row.status != OK || different == (row.order != 0)))) << "row at line " << row.line;
         if (row.type < BL)
+        {
+            value->Reset();
+            EXPECT_EQ(row.status == OK ? STATUS_CODE_NOT_INITIALIZED : row.status, value->Compare(row.body.data(), unsigned(row.body.size()), order)) << row.line;
             continue;
+        }
         // The statics over two bodies agree with the value's order.
         Bytes mine(value->GetSerializedBodyLength());
         unsigned written = 0;

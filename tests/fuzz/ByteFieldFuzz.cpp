@@ -1,8 +1,14 @@
-// Fuzzes the wire readers of the text, binary and blob values. Byte 0 picks
-// the type (codes 7 to 12) and the byte order, byte 1 the form and the
-// maximum length; the rest is the input. Whatever reads must write back as
-// the very bytes it was read from, and the update form's checker must
-// accept exactly what the update reader accepts, at the same place.
+// Fuzzes the readers of the text, binary and blob values and both Base64
+// decoders. Byte 0 below 128 reads wire forms: it picks the type (codes 7
+// to 12) and the byte order, byte 1 the form and the maximum length; the
+// rest is the input. Whatever reads must write back as the very bytes it
+// was read from, and the update form's checker must accept exactly what the
+// update reader accepts, at the same place. Byte 0 from 128 reads text: its
+// low three bits pick the reader (a type's FromString or a Base64 decoder),
+// the rest is the text. A text that reads must print as a text that reads
+// back to the same value; a Base64 text that decodes must be exactly what
+// the encoder writes.
+#include <ZantorMiddleware/ZantorBase/FieldTypes/BinaryArray.h>
 #include <ZantorMiddleware/ZantorBase/FieldTypes/FieldTypeFactory.h>
 #include <ZantorMiddleware/ZantorBase/MessageBuilder.h>
 #include <ZantorMiddleware/ZantorBase/MessageValidator.h>
@@ -11,6 +17,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <string>
 #include <vector>
 
 using namespace Zantor;
@@ -21,8 +28,12 @@ static void Check(bool condition)
         std::abort();
 }
 
+static int ReadText(const uint8_t* data, size_t size);
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
+    if (size >= 1 && size <= 0xFFFF && data[0] >= 128)
+        return ReadText(data, size);
     if (size < 2 || size > 0xFFFF)
         return 0;
     const auto type = static_cast<unsigned char>(FIELD_TYPE_TEXTSTRING + data[0] % 6);
@@ -68,5 +79,37 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     Check(builder.GetLength() == validator.GetCursor() && std::memcmp(builder.GetBuffer(), input, builder.GetLength()) == 0);
     if (form == 2)
         Check(bodyLength == written && std::memcmp(input + offset, body.data(), written) == 0);
+    return 0;
+}
+
+static int ReadText(const uint8_t* data, size_t size)
+{
+    const std::string text(reinterpret_cast<const char*>(data + 1), size - 1);
+    const unsigned reader = data[0] % 8;
+    if (reader >= 6)
+    {
+        BinaryArray value;
+        const bool padded = reader == 6;
+        const StatusCode status = padded ? value.FromBase64String<true>(text) : value.FromBase64String<false>(text);
+        Check(status == STATUS_CODE_SUCCESS || status == STATUS_CODE_INVALID_FORMAT);
+        if (status == STATUS_CODE_SUCCESS)
+            Check((padded ? value.ToBase64String<true>() : value.ToBase64String<false>()) == text);
+        return 0;
+    }
+    const auto type = static_cast<unsigned char>(FIELD_TYPE_TEXTSTRING + reader);
+    std::unique_ptr<IFieldType> value(FieldTypeFactory::GetInstance().Create(type)),
+        again(FieldTypeFactory::GetInstance().Create(type));
+    MessageValidator validator(text.data(), static_cast<unsigned>(text.size()));
+    if (value->FromString(validator) != STATUS_CODE_SUCCESS)
+    {
+        Check(validator.GetCursor() == 0);
+        return 0;
+    }
+    Check(validator.IsAtEnd());
+    const std::string printed = value->ToString();
+    MessageValidator reread(printed.data(), static_cast<unsigned>(printed.size()));
+    Check(again->FromString(reread) == STATUS_CODE_SUCCESS && again->ToString() == printed);
+    if (type == FIELD_TYPE_TEXTSTRING || type == FIELD_TYPE_TEXTARRAY)
+        Check(printed == text);
     return 0;
 }
