@@ -33,7 +33,7 @@ using namespace std::string_literals;
 constexpr Endian LE = MessageHandler::ENDIAN_LITTLE, BE = MessageHandler::ENDIAN_BIG;
 constexpr StatusCode OK = STATUS_CODE_SUCCESS, OVERFLOW_ = STATUS_CODE_BUFFER_OVERFLOW, INVALID = STATUS_CODE_INVALID_PARAMETER,
                      HEAP_EMPTY = STATUS_CODE_HEAP_EMPTY;
-const unsigned char n12[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}, xy[] = {'x', 'y'};
+const unsigned char n17[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17}, xy[] = {'x', 'y'};
 enum class Side : std::uint16_t { Bid = 0x0102, Ask = 0xA1A2 };
 
 Bytes Contents(const MessageBuilder& b) { return b.GetLength() ? Bytes(b.GetBuffer(), b.GetBuffer() + b.GetLength()) : Bytes(); }
@@ -136,8 +136,8 @@ TEST(MessageBuilderBytes, RawBytesPositionsAliasingAndBounds)
          {0x51, 0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFE}},
         {__LINE__, {0x7F}, OP(AppendBuiltIns(LE, true, Side::Ask, std::int8_t{-4})), {0x7F, 0x01, 0xA2, 0xA1, 0xFC}},
         // Raw bytes, reversed and forward, below and above the block-copy size.
-        {__LINE__, {0xEE}, OP(AppendBuffer(n12, 3, true)), {0xEE, 3, 2, 1}},
-        {__LINE__, {}, OP(AppendBuffer(n12, 12)), {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}},
+        {__LINE__, {0xEE}, OP(AppendBuffer(n17, 3, true)), {0xEE, 3, 2, 1}},
+        {__LINE__, {}, OP(AppendBuffer(n17, 17)), {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17}},
         {__LINE__, {'a'}, OP(AppendString("bcd")), Text("abcd")},
         {__LINE__, {'a', 'd'}, OP(InsertString(1, "bc")), Text("abcd")},
         {__LINE__, {'a', 'x', 'y'}, OP(OverwriteString(1, "bcd")), Text("abcd")},
@@ -159,9 +159,9 @@ TEST(MessageBuilderBytes, RawBytesPositionsAliasingAndBounds)
         {__LINE__, six, OP(MaybeAdjustBufferSize(0)), six, OK, OVERFLOW_}, // not growable: no growth at all
         // The message cannot pass 0xFFFFFFFC bytes: a length that would, or
         // that overflows 32 bits, is a failed allocation, not a wrapped length.
-        {__LINE__, six, OP(AppendBuffer(n12, 0xFFFFFFFF)), {}, HEAP_EMPTY, OVERFLOW_},
-        {__LINE__, six, OP(InsertBuffer(0, n12, 0xFFFFFFF7)), {}, HEAP_EMPTY, OVERFLOW_},
-        {__LINE__, six, OP(OverwriteBuffer(4, n12, 0xFFFFFFFD)), {}, HEAP_EMPTY, OVERFLOW_},
+        {__LINE__, six, OP(AppendBuffer(n17, 0xFFFFFFFF)), {}, HEAP_EMPTY, OVERFLOW_},
+        {__LINE__, six, OP(InsertBuffer(0, n17, 0xFFFFFFF7)), {}, HEAP_EMPTY, OVERFLOW_},
+        {__LINE__, six, OP(OverwriteBuffer(4, n17, 0xFFFFFFFD)), {}, HEAP_EMPTY, OVERFLOW_},
         {__LINE__, six, OP(MaybeAdjustBufferSize(0xFFFFFFF7)), {}, HEAP_EMPTY, OVERFLOW_},
         // Sources inside the builder's own storage; insert before, after and
         // across the insertion point; overwrite overlapping both ways.
