@@ -101,86 +101,83 @@ StatusCode IFieldType::Assign(const IFieldType* other)
     return Convert(other);
 }
 
-StatusCode IFieldType::Serialize(unsigned char type, MessageBuilder& builder, unsigned int maxLength) const
+// The members that write or read a value as another type go through a
+// temporary of that type; with the value's own type they call the virtual
+// operation directly.
+namespace {
+
+template <typename Write>
+StatusCode WriteAs(const IFieldType& field, unsigned char type, Write write)
 {
-    if (type == type_)
-        return Serialize(builder, maxLength);
+    if (type == field.GetType())
+        return write(field);
     const std::unique_ptr<IFieldType> temporary = MakeTemporary(type);
     if (!temporary)
         return STATUS_CODE_HEAP_EMPTY;
-    const StatusCode status = temporary->Convert(this);
-    return status != STATUS_CODE_SUCCESS ? status : temporary->Serialize(builder, maxLength);
+    const StatusCode status = temporary->Convert(&field);
+    return status != STATUS_CODE_SUCCESS ? status : write(*temporary);
+}
+
+template <typename Read>
+StatusCode ReadAs(IFieldType& field, unsigned char type, Read read)
+{
+    if (type == field.GetType())
+        return read(field);
+    const std::unique_ptr<IFieldType> temporary = MakeTemporary(type);
+    if (!temporary)
+        return STATUS_CODE_HEAP_EMPTY;
+    const StatusCode status = read(*temporary);
+    return status != STATUS_CODE_SUCCESS ? status : field.Convert(temporary.get());
+}
+
+// Reading from a validator goes through a copy of it, so that the caller's
+// cursor moves only when the conversion succeeds as well.
+template <typename Read>
+StatusCode ReadAs(IFieldType& field, unsigned char type, MessageValidator& validator, Read read)
+{
+    MessageValidator reader = validator;
+    const StatusCode status = ReadAs(field, type, [&](IFieldType& target) { return read(target, reader); });
+    if (status == STATUS_CODE_SUCCESS)
+        validator = reader;
+    return status;
+}
+
+} // namespace
+
+StatusCode IFieldType::Serialize(unsigned char type, MessageBuilder& builder, unsigned int maxLength) const
+{
+    return WriteAs(*this, type, [&](const IFieldType& field) { return field.Serialize(builder, maxLength); });
 }
 
 StatusCode IFieldType::SerializeBody(unsigned char type, void* buffer, unsigned int length,
                                      unsigned int& written) const
 {
-    if (type == type_)
-        return SerializeBody(buffer, length, written);
-    const std::unique_ptr<IFieldType> temporary = MakeTemporary(type);
-    if (!temporary)
-        return STATUS_CODE_HEAP_EMPTY;
-    const StatusCode status = temporary->Convert(this);
-    return status != STATUS_CODE_SUCCESS ? status : temporary->SerializeBody(buffer, length, written);
+    return WriteAs(*this, type, [&](const IFieldType& field) { return field.SerializeBody(buffer, length, written); });
 }
 
 StatusCode IFieldType::SerializeLengthAndBody(unsigned char type, MessageBuilder& builder,
                                               unsigned int maxLength) const
 {
-    if (type == type_)
-        return SerializeLengthAndBody(builder, maxLength);
-    const std::unique_ptr<IFieldType> temporary = MakeTemporary(type);
-    if (!temporary)
-        return STATUS_CODE_HEAP_EMPTY;
-    const StatusCode status = temporary->Convert(this);
-    return status != STATUS_CODE_SUCCESS ? status : temporary->SerializeLengthAndBody(builder, maxLength);
+    return WriteAs(*this, type, [&](const IFieldType& field) { return field.SerializeLengthAndBody(builder, maxLength); });
 }
 
-// The reading forms read into the temporary through a copy of the
-// validator, so that the caller's cursor moves only when the conversion
-// succeeds as well.
 StatusCode IFieldType::Deserialize(unsigned char type, MessageValidator& validator, unsigned int length)
 {
-    if (type == type_)
-        return Deserialize(validator, length);
-    const std::unique_ptr<IFieldType> temporary = MakeTemporary(type);
-    if (!temporary)
-        return STATUS_CODE_HEAP_EMPTY;
-    MessageValidator reader = validator;
-    StatusCode status = temporary->Deserialize(reader, length);
-    if (status == STATUS_CODE_SUCCESS)
-        status = Convert(temporary.get());
-    if (status == STATUS_CODE_SUCCESS)
-        validator = reader;
-    return status;
+    return ReadAs(*this, type, validator,
+                  [&](IFieldType& field, MessageValidator& reader) { return field.Deserialize(reader, length); });
 }
 
 StatusCode IFieldType::DeserializeBody(unsigned char type, const void* body, unsigned int length)
 {
-    if (type == type_)
-        return DeserializeBody(body, length);
-    const std::unique_ptr<IFieldType> temporary = MakeTemporary(type);
-    if (!temporary)
-        return STATUS_CODE_HEAP_EMPTY;
-    const StatusCode status = temporary->DeserializeBody(body, length);
-    return status != STATUS_CODE_SUCCESS ? status : Convert(temporary.get());
+    return ReadAs(*this, type, [&](IFieldType& field) { return field.DeserializeBody(body, length); });
 }
 
 StatusCode IFieldType::DeserializeLengthAndBody(unsigned char type, MessageValidator& validator,
                                                 unsigned int maxLength)
 {
-    if (type == type_)
-        return DeserializeLengthAndBody(validator, maxLength);
-    const std::unique_ptr<IFieldType> temporary = MakeTemporary(type);
-    if (!temporary)
-        return STATUS_CODE_HEAP_EMPTY;
-    MessageValidator reader = validator;
-    StatusCode status = temporary->DeserializeLengthAndBody(reader, maxLength);
-    if (status == STATUS_CODE_SUCCESS)
-        status = Convert(temporary.get());
-    if (status == STATUS_CODE_SUCCESS)
-        validator = reader;
-    return status;
+    return ReadAs(*this, type, validator, [&](IFieldType& field, MessageValidator& reader) {
+        return field.DeserializeLengthAndBody(reader, maxLength);
+    });
 }
 
 // The byte-carrying codes go to their class's static operation; the other
