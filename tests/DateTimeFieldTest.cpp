@@ -373,8 +373,7 @@ TEST(DateTimeFieldTest, Conversions)
              {__LINE__, D, stamp.get(), OK, "2024-02-29"}, {__LINE__, T, stamp.get(), OK, "12:34:56.789"},
              {__LINE__, DT, stamp.get(), OK, "2024-02-29 12:34:56.789"}, {__LINE__, D, date.get(), OK, "2000-01-01"},
              {__LINE__, T, time.get(), OK, "00:00:01.000"}, {__LINE__, D, none.get(), OK, "[NotInitialized]"},
-             {__LINE__, T, none.get(), OK, "[NotInitialized]"}, {__LINE__, DT, none.get(), OK, "[NotInitialized]"},
-             {__LINE__, D, time.get(), STATUS_CODE_MISMATCH}, {__LINE__, DT, date.get(), STATUS_CODE_MISMATCH}})
+             {__LINE__, T, none.get(), OK, "[NotInitialized]"}, {__LINE__, DT, none.get(), OK, "[NotInitialized]"}})
     {
         const auto value = Parse(row.target, Known(row.target));
         EXPECT_EQ(row.status, value->Convert(row.source)) << row.line;
