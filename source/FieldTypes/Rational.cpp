@@ -729,10 +729,9 @@ const char* Rational::GetFromStringFormat() const noexcept
 
 // ---- Wire forms ---------------------------------------------------------------
 
-unsigned char Rational::Lead() const noexcept
+unsigned char Rational::Lead(unsigned width) const noexcept
 {
     static constexpr unsigned char widthCode[9] = {0, 0, 1, 0, 2, 0, 0, 0, 3};
-    const unsigned width = Coding::UnsignedWidth(Magnitude());
     return static_cast<unsigned char>((numerator_ < 0 ? 0x80u : 0u) | (widthCode[width] << 5) | denominator_);
 }
 
@@ -766,23 +765,25 @@ StatusCode Rational::AppendBody(MessageBuilder& builder, unsigned maxLength, boo
     const unsigned width = Coding::UnsignedWidth(magnitude);
     if (1 + width + (withTrailer ? 1 : 0) > maxLength)
         return STATUS_CODE_INVALID_PARAMETER;
+    const unsigned char lead = Lead(width);
     if (!withTrailer)
-        return Coding::AppendAfterByte(builder, Lead(), magnitude, width);
+        return Coding::AppendAfterByte(builder, lead, magnitude, width);
     const MessageHandler::Endian endian = builder.GetEndian();
     switch (width)
     {
-    case 1: return builder.AppendBuiltIns(endian, Lead(), static_cast<std::uint8_t>(magnitude), trailer);
-    case 2: return builder.AppendBuiltIns(endian, Lead(), static_cast<std::uint16_t>(magnitude), trailer);
-    case 4: return builder.AppendBuiltIns(endian, Lead(), static_cast<std::uint32_t>(magnitude), trailer);
-    default: return builder.AppendBuiltIns(endian, Lead(), magnitude, trailer);
+    case 1: return builder.AppendBuiltIns(endian, lead, static_cast<std::uint8_t>(magnitude), trailer);
+    case 2: return builder.AppendBuiltIns(endian, lead, static_cast<std::uint16_t>(magnitude), trailer);
+    case 4: return builder.AppendBuiltIns(endian, lead, static_cast<std::uint32_t>(magnitude), trailer);
+    default: return builder.AppendBuiltIns(endian, lead, magnitude, trailer);
     }
 }
 
 void Rational::StoreBody(unsigned char* buffer) const noexcept
 {
     const std::uint64_t magnitude = Magnitude();
-    buffer[0] = Lead();
-    Coding::StoreLittle(buffer + 1, magnitude, Coding::UnsignedWidth(magnitude));
+    const unsigned width = Coding::UnsignedWidth(magnitude);
+    buffer[0] = Lead(width);
+    Coding::StoreLittle(buffer + 1, magnitude, width);
 }
 
 StatusCode Rational::Serialize(MessageBuilder& builder, unsigned int maxLength) const

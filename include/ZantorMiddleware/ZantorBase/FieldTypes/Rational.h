@@ -254,7 +254,8 @@ private:
 
     // The body's length (2, 3, 5 or 9) when byte 0 is lead.
     static unsigned BodyLength(unsigned char lead) noexcept { return 1u + (1u << ((lead >> 5) & 3u)); }
-    unsigned char Lead() const noexcept;
+    // Byte 0 of the body, for a magnitude of width bytes (1, 2, 4 or 8).
+    unsigned char Lead(unsigned width) const noexcept;
     std::uint64_t Magnitude() const noexcept;
     // Reads a body of exactly length bytes, magnitude in the given order.
     static StatusCode ParseBody(const unsigned char* body, unsigned length, MessageHandler::Endian endian,
