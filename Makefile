@@ -10,6 +10,8 @@
 FUZZ_SECONDS ?= 150
 JOBS ?= $(shell nproc)
 export CCACHE_DIR ?= $(HOME)/.cache/zantor-ccache
+# Paths relative to the checkout, so clones and worktrees share cache entries.
+export CCACHE_BASEDIR ?= $(CURDIR)
 export WINEDEBUG := -all
 export WINEPREFIX ?= $(HOME)/.cache/zantor-wine
 

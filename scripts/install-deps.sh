@@ -7,7 +7,7 @@ set -euo pipefail
 packages=(
   build-essential cmake ninja-build ccache pkg-config python3
   clang libclang-rt-14-dev
-  libboost-dev
+  libboost-dev libboost-context-dev libboost-program-options-dev libinih-dev
   zlib1g-dev libxxhash-dev
   googletest libgtest-dev libgmock-dev libbenchmark-dev libprotobuf-dev protobuf-compiler
   g++-mingw-w64-x86-64 g++-mingw-w64-i686 libz-mingw-w64-dev
